@@ -1,0 +1,37 @@
+# Quick start: `make demo` runs the example job, `make test` builds and runs
+# every test. `make test ASAN=ON` does the same under the address and
+# undefined-behaviour sanitizers, in a build folder of its own.
+
+ASAN ?= OFF
+BUILD ?= $(if $(filter ON,$(ASAN)),build-asan,build)
+JOBS ?= $(shell nproc)
+PREFIX ?= $(CURDIR)/out/install
+
+.PHONY: all demo test deps configure build bench install clean
+
+all: build
+
+deps:
+	@bash .ci/deps
+
+configure: deps
+	cmake -S . -B $(BUILD) -DASAN=$(ASAN) -DBUILD_TESTING=ON
+
+build: configure
+	cmake --build $(BUILD) -j $(JOBS)
+
+demo: build
+	cd $(BUILD) && ./examples/typed_file
+
+test: build
+	ctest --test-dir $(BUILD) -j $(JOBS) --output-on-failure
+
+bench: deps
+	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
+	cmake --build build-bench -j $(JOBS)
+
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+clean:
+	rm -rf build build-asan build-bench out

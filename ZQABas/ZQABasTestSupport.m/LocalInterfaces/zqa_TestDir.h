@@ -1,0 +1,36 @@
+#ifndef zqa_TestDir_h
+#define zqa_TestDir_h
+
+#include "cow_String.h"
+
+#include <functional>
+#include <string>
+
+// A fresh directory for one test's files, removed with everything in it when
+// the object goes. Tests running in parallel never share one.
+class zqa_TestDir {
+public:
+  zqa_TestDir();
+  ~zqa_TestDir();
+  zqa_TestDir(zqa_TestDir const&) = delete;
+  zqa_TestDir& operator=(zqa_TestDir const&) = delete;
+
+  cow_String const& Path() const { return m_Path; }
+  // The path of a file in the directory.
+  cow_String File(char const* name) const;
+
+private:
+  cow_String m_Path;
+};
+
+// Reads a whole file into a string of bytes; empty if it cannot be read.
+std::string zqa_ReadFileBytes(cow_String const& path);
+// Writes bytes as the whole content of a file.
+void zqa_WriteFileBytes(cow_String const& path, std::string const& bytes);
+
+// Runs body in a forked child and returns its exit status: 0 when body
+// returned normally, 1 when it threw. Under a root account the child first
+// drops to an unprivileged user, so that permission checks really apply.
+int zqa_RunInChild(std::function<void()> const& body, bool unprivileged = false);
+
+#endif
