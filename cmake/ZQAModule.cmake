@@ -1,5 +1,6 @@
-# Helpers that give every module the same shape: a static library of its
-# src/ files, linked whole into the shared library, and one test program.
+# Helpers that give every module the same shape: a static library built from
+# the .cpp files of its src/ folder and linked whole into the shared library,
+# and one test program built from the .cpp files of its tests/ folder.
 
 # Every public header of the project, reachable by its bare name.
 add_library(ZQAHeaders INTERFACE)
@@ -11,25 +12,30 @@ target_include_directories(ZQAHeaders INTERFACE
 
 set_property(GLOBAL PROPERTY ZQA_MODULES "")
 
-# zqa_add_module(<name> SOURCES <files...> [DEPENDS <targets...>])
-function(zqa_add_module name)
-  cmake_parse_arguments(ARG "" "" "SOURCES;DEPENDS" ${ARGN})
-  add_library(${name} STATIC ${ARG_SOURCES})
+# zqa_add_module(<name> <folder> [DEPENDS <targets...>])
+function(zqa_add_module name folder)
+  cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src/*.cpp)
+  add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC ZQAHeaders ${ARG_DEPENDS})
-  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/LocalInterfaces)
+  if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces)
     target_include_directories(${name} PUBLIC
-      $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/LocalInterfaces>)
+      $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces>)
   endif()
   set_property(GLOBAL APPEND PROPERTY ZQA_MODULES ${name})
 endfunction()
 
-# zqa_add_tests(<name> SOURCES <files...> LIBS <targets...>)
-function(zqa_add_tests name)
+# zqa_add_tests(<name> <folder> LIBS <targets...>)
+function(zqa_add_tests name folder)
   if(NOT BUILD_TESTING)
     return()
   endif()
-  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
-  add_executable(${name} ${ARG_SOURCES})
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/tests/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} ZQATestSupport GTest::gtest_main)
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
 endfunction()
