@@ -1,0 +1,50 @@
+#ifndef rfm_FileRepr_h
+#define rfm_FileRepr_h
+
+#include "rfm_FileStatus.h"
+#include "rfm_IO.h"
+
+// A stored file, whatever it really is: the one interface the database
+// layer reads and writes through. It keeps the current location, the
+// logical length (what the layers above asked for) and the physical length
+// (the real size of the file).
+class ZQA_EXPORT rfm_FileRepr : public rfm_IO {
+public:
+  ~rfm_FileRepr() override;
+
+  // The logical length.
+  utl_FileOffset Length() const override { return m_LengthLogical; }
+  utl_FileOffset Location() const override { return m_Location; }
+
+  virtual utl_FileOffset LengthLogical() const { return m_LengthLogical; }
+  virtual utl_FileOffset LengthPysical() const { return m_LengthPhysical; }
+  // Grows the logical length by delta; answers whether the real file grew.
+  virtual bool FileExtend(utl_FileOffset delta) = 0;
+  // Gives the real file back its unused tail.
+  virtual void Trim() = 0;
+  virtual rfm_FileStatus::RfmFileStatus FileStatus();
+  virtual cow_String CheckNZDBCache();
+  // Writes and checks the record that detects a file damaged by a text-mode
+  // transfer; representations without such a record do nothing.
+  virtual void FTPCheckSet(int offset);
+  virtual void FTPCheckCheck(int offset);
+
+  cow_String const& FileName() const { return m_Name; }
+
+  // The writer's transaction marker: a writer sets it around a transaction,
+  // and a reader asks whether another process's transaction is running.
+  bool ReaderSemaphore();
+  void ReaderSemaphoreSet();
+  void ReaderSemaphoreClear();
+
+protected:
+  explicit rfm_FileRepr(cow_String const& name) : m_Name(name) {}
+
+  utl_FileOffset m_Location = 0;
+  utl_FileOffset m_LengthLogical = 0;
+  utl_FileOffset m_LengthPhysical = 0;
+  cow_String m_Name;
+  bool m_ReaderSemaphoreHeld = false;
+};
+
+#endif

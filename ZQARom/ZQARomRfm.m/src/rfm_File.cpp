@@ -1,0 +1,109 @@
+#include "rfm_File.h"
+
+#include "ZQABasAssert.h"
+#include "ZQABasUtlFilePath.h"
+#include "ZQABasUtlUrlParser.h"
+#include "atr_SubstituteFormat.h"
+#include "atr_translate.h"
+#include "rfm_FileException.h"
+#include "rfm_FileReprEncoded.h"
+#include "rfm_FileReprLocal.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_File";
+
+constexpr int kCopyBlockSize = 4096;
+
+// With ZBX_RFM_LOGIFY set, to anything, each open tells which kind of file it took.
+void Inform(bool logify, char const* line) {
+  if (logify) std::fputs(line, stderr);
+}
+
+bool Logify() { return std::getenv("ZBX_RFM_LOGIFY") != nullptr; }
+
+// The remote and compressed representations are not part of this build.
+[[noreturn]] void RaiseRemoteUnavailable(cow_String const& name) {
+  rfm_FileConnectExc(name, atr_translate("remote database files are not available in this build"))
+      .Throw(kSourcePath, __LINE__);
+}
+
+[[noreturn]] void RaiseCompressedUnavailable(cow_String const& name) {
+  nex_ThrowMessage(
+      kSourcePath, __LINE__,
+      atr_SubstituteFormat(atr_translate("*** ERROR: Compressed database files are not available in this build: %s."),
+                           name));
+}
+
+// The checks that every reading open makes before it looks at the file.
+void CheckReadable(cow_String const& name) {
+  ZQABasUtlFilePath path(name, cow_String());
+  if (!path.Exists()) rfm_FileNoSuchFile(name).Throw(kSourcePath, __LINE__);
+  if (!path.IsReadable()) rfm_FileNotReadable(name).Throw(kSourcePath, __LINE__);
+}
+
+rfm_File OpenForReading(cow_String const& name, [[maybe_unused]] cow_String const& key, bool preallocate,
+                        bool logify) {
+  CheckReadable(name);
+  if (ZQABasUtlUrlParser::IsUrl(name)) RaiseRemoteUnavailable(name);
+  if (rfm_FileReprEncoded::IsEncoded(name)) {
+    Inform(logify, "*** Informational: Opening Compressed File based MDB.\n");
+    RaiseCompressedUnavailable(name);
+  }
+  Inform(logify, "*** Informational: Opening File based ZDB.\n");
+  return rfm_File(new rfm_FileReprLocal(name, utl_FileAccessRead, preallocate));
+}
+
+}  // namespace
+
+rfm_File rfm_File::Open(cow_String const& name, utl_FileAccess access, bool preallocate) {
+  bool logify = Logify();
+  switch (access) {
+    case utl_FileAccessRead:
+      return OpenForReading(name, cow_String(), preallocate, logify);
+
+    case utl_FileAccessUpdate: {
+      // A URL can never be updated: refused before any path check.
+      if (ZQABasUtlUrlParser::IsUrl(name)) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
+      ZQABasUtlFilePath path(name, cow_String());
+      if (!path.Exists()) rfm_FileNoSuchFile(name).Throw(kSourcePath, __LINE__);
+      if (!path.IsWriteable()) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
+      if (rfm_FileReprEncoded::IsEncoded(name)) {
+        Inform(logify, "*** Informational: Updating Compressed File based MDB.\n");
+        RaiseCompressedUnavailable(name);
+      }
+      Inform(logify, "*** Informational: Updating File based ZDB.\n");
+      return rfm_File(new rfm_FileReprLocal(name, utl_FileAccessUpdate, preallocate));
+    }
+
+    case utl_FileAccessCreate:
+      if (ZQABasUtlUrlParser::IsUrl(name)) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
+      Inform(logify, "*** Informational: Creating File based ZDB.\n");
+      return rfm_File(new rfm_FileReprLocal(name, utl_FileAccessCreate, preallocate));
+  }
+  ZQA_ASSERT(kSourcePath, !"Incorrect file access.");
+  return rfm_File();
+}
+
+rfm_File rfm_File::Open(cow_String const& name, cow_String const& key) {
+  return OpenForReading(name, key, true, Logify());
+}
+
+rfm_File rfm_File::CreateCompressed(cow_String const& name) {
+  bool logify = Logify();
+  if (ZQABasUtlUrlParser::IsUrl(name)) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
+  Inform(logify, "*** Informational: Creating Compressed File based MDB.\n");
+  RaiseCompressedUnavailable(name);
+}
+
+void rfm_File::Copy(rfm_File const& source) {
+  char block[kCopyBlockSize];
+  for (;;) {
+    int got = source->Read(block, kCopyBlockSize);
+    if (got == 0) break;
+    Repr()->Write(block, got);
+  }
+}

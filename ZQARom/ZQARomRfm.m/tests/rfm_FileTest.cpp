@@ -1,0 +1,207 @@
+#include "rfm_Exc.h"
+#include "rfm_File.h"
+#include "rfm_FileException.h"
+#include "zqa_TestDir.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+using Message = nex_PrimException<atr_String, 1>;
+using Assertion = nex_PrimException<cow_String, 3>;
+
+char const kUrl[] = "zbxrdb://farhost:7001//data/job.zdb";
+
+// The text of the exception of type E that body raises, or "" with a failure.
+template <class E, class Body>
+std::string TextOf(Body body) {
+  try {
+    body();
+  } catch (E const& e) {
+    return e.what();
+  }
+  ADD_FAILURE() << "the expected exception was not raised";
+  return "";
+}
+
+// For checks that run in a child process: raise when the condition fails.
+void Require(bool condition, char const* what) {
+  if (!condition) throw std::runtime_error(what);
+}
+
+// Sets an environment variable for the lifetime of a scope.
+class ScopedEnv {
+public:
+  ScopedEnv(char const* name, char const* value) : m_Name(name) { ::setenv(name, value, 1); }
+  ~ScopedEnv() { ::unsetenv(m_Name); }
+
+private:
+  char const* m_Name;
+};
+
+}  // namespace
+
+TEST(FileTest, CreateWriteAndReopenInEachMode) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("job.zdb");
+  {
+    rfm_File file = rfm_File::Open(name, utl_FileAccessCreate, false);
+    EXPECT_FALSE(file.ReadOnly());
+    EXPECT_EQ(name, file.FileName());
+    file->WriteInt(42);
+  }
+  {
+    rfm_File update = rfm_File::Open(name, utl_FileAccessUpdate, false);
+    rfm_File copy = update;
+    copy->Seek(4);
+    copy->WriteInt(43);
+    EXPECT_EQ(8, update->Location());
+  }
+  rfm_File reader = rfm_File::Open(name, utl_FileAccessRead, false);
+  EXPECT_TRUE(reader.ReadOnly());
+  EXPECT_EQ(42, reader->ReadInt());
+  EXPECT_EQ(43, reader->ReadInt());
+  rfm_File keyed = rfm_File::Open(name, cow_String("unused-key"));
+  EXPECT_TRUE(keyed.ReadOnly());
+  EXPECT_EQ(42, keyed->ReadInt());
+}
+
+TEST(FileTest, UrlsCanOnlyBeOpenedForReading) {
+  std::string const refused = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + kUrl;
+  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessCreate, false); }));
+  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::CreateCompressed(kUrl); }));
+
+  // Reading passes the path checks and reaches the remote representation,
+  // which this build does not have.
+  std::string const unavailable = std::string("*** ERROR: Can't connect to remote file:\n") + kUrl +
+                                  ", reason:\nremote database files are not available in this build";
+  EXPECT_EQ(unavailable, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, utl_FileAccessRead, false); }));
+  EXPECT_EQ(unavailable, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, cow_String("key")); }));
+}
+
+TEST(FileTest, MissingFilesAndWrongAccessAreRefused) {
+  zqa_TestDir dir;
+  cow_String missing = dir.File("missing.zdb");
+  std::string const noSuchFile = std::string("*** ERROR: No such file: ") + missing.CStr() + ".";
+  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessRead, false); }));
+  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, cow_String()); }));
+
+  EXPECT_EQ("!\"Incorrect file access.\"", TextOf<Assertion>([&] {
+              rfm_File::Open(missing, static_cast<utl_FileAccess>(3), false);
+            }));
+}
+
+TEST(FileTest, PermissionsAreCheckedBeforeOpening) {
+  zqa_TestDir dir;
+  cow_String unreadable = dir.File("unreadable.zdb");
+  cow_String readOnly = dir.File("readonly.zdb");
+  zqa_WriteFileBytes(unreadable, "data");
+  zqa_WriteFileBytes(readOnly, "data");
+  ASSERT_EQ(0, ::chmod(unreadable.CStr(), 0000));
+  ASSERT_EQ(0, ::chmod(readOnly.CStr(), 0444));
+
+  int status = zqa_RunInChild(
+      [&] {
+        std::string const notReadable = std::string("*** ERROR: No permission to read: ") + unreadable.CStr() + ".";
+        try {
+          rfm_File::Open(unreadable, utl_FileAccessRead, false);
+          Require(false, "opened an unreadable file");
+        } catch (rfm_FileNotReadable const& e) {
+          Require(notReadable == e.what(), "wrong text for an unreadable file");
+        }
+        try {
+          rfm_File::Open(readOnly, utl_FileAccessUpdate, false);
+          Require(false, "opened a read-only file for update");
+        } catch (rfm_FileReadOnlyExc const& e) {
+          std::string const text = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + readOnly.CStr();
+          Require(text == e.what(), "wrong text for a read-only file");
+        }
+        rfm_File reader = rfm_File::Open(readOnly, utl_FileAccessRead, false);
+        Require(reader.ReadOnly(), "reader not read-only");
+      },
+      true);
+  EXPECT_EQ(0, status);
+}
+
+TEST(FileTest, CompressedFilesAreRecognisedButNotAvailable) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("packed.mdb");
+  zqa_WriteFileBytes(name, "ZBXTSA99 and the rest of a container");
+  std::string const text =
+      std::string("*** ERROR: Compressed database files are not available in this build: ") + name.CStr() + ".";
+  EXPECT_EQ(text, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  EXPECT_EQ(text, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
+  cow_String fresh = dir.File("fresh.mdb");
+  std::string const createText =
+      std::string("*** ERROR: Compressed database files are not available in this build: ") + fresh.CStr() + ".";
+  EXPECT_EQ(createText, TextOf<Message>([&] { rfm_File::CreateCompressed(fresh); }));
+
+  // Five bytes of the magic are not enough.
+  cow_String almost = dir.File("almost.mdb");
+  zqa_WriteFileBytes(almost, "ZBXTS");
+  EXPECT_NO_THROW(rfm_File::Open(almost, utl_FileAccessRead, false));
+}
+
+TEST(FileTest, InformationalLinesOnlyUnderTheLogSwitch) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("log.zdb");
+  testing::internal::CaptureStderr();
+  rfm_File::Open(name, utl_FileAccessCreate, false);
+  EXPECT_EQ("", testing::internal::GetCapturedStderr());
+
+  ScopedEnv logify("ZBX_RFM_LOGIFY", "");
+  testing::internal::CaptureStderr();
+  rfm_File::Open(name, utl_FileAccessCreate, false);
+  rfm_File::Open(name, utl_FileAccessUpdate, false);
+  rfm_File::Open(name, utl_FileAccessRead, false);
+  EXPECT_EQ(
+      "*** Informational: Creating File based ZDB.\n"
+      "*** Informational: Updating File based ZDB.\n"
+      "*** Informational: Opening File based ZDB.\n",
+      testing::internal::GetCapturedStderr());
+}
+
+TEST(FileTest, CopyAppendsTheRestOfTheSourceAtTheCurrentLocation) {
+  zqa_TestDir dir;
+  std::string content;
+  for (int i = 0; i < 10000; ++i) content.push_back(static_cast<char>('a' + i % 26));
+  cow_String sourceName = dir.File("source.bin");
+  zqa_WriteFileBytes(sourceName, content);
+
+  rfm_File source = rfm_File::Open(sourceName, utl_FileAccessRead, false);
+  source->Seek(100);
+  rfm_File target = rfm_File::Open(dir.File("target.bin"), utl_FileAccessCreate, false);
+  target->Write("HEAD", 4);
+  target.Copy(source);
+  EXPECT_EQ(10000, source->Location());
+  EXPECT_EQ(4 + 9900, target->Location());
+  EXPECT_EQ("HEAD" + content.substr(100), zqa_ReadFileBytes(dir.File("target.bin")));
+}
+
+TEST(FileTest, ExceptionsPropagateWithTheirOwnType) {
+  try {
+    try {
+      rfm_FileNoSuchFile("a.zdb").Throw("here", 1);
+    } catch (rfm_FileException const& e) {
+      e.Propagate();
+    }
+    FAIL();
+  } catch (rfm_FileNoSuchFile const& e) {
+    EXPECT_STREQ("*** ERROR: No such file: a.zdb.", e.what());
+  }
+  EXPECT_STREQ("*** ERROR: Lost connection to remote file:\nu, reason:\nr", rfm_FileFailExc("u", "r").what());
+  EXPECT_STREQ("*** ERROR: Insufficient space in for network ZDB local cache.", rfm_FileCacheExc().what());
+
+  EXPECT_EQ("The output database was opened as read-only. Modification of data is not permitted.",
+            TextOf<Message>([] { rfm_IssueWritingToReadOnlyException(); }));
+  errno = ENOENT;
+  EXPECT_EQ(atr_String("job.zdb: No such file or directory"), rfm_ExcSystemText("job.zdb"));
+}
