@@ -6,6 +6,7 @@
 #include "rfm_FileException.h"
 
 #include <cstdio>
+#include <exception>
 #include <cstdlib>
 #include <string>
 #include <unistd.h>

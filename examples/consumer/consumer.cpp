@@ -3,6 +3,7 @@
 #include "rfm_File.h"
 
 #include <cstdio>
+#include <exception>
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
