@@ -10,21 +10,21 @@ namespace {
 // One parsed conversion: "%[position$][flags][width][.precision][length]conversion".
 struct Conversion {
   int position = 0;  // 1-based, 0 when sequential
-  char printfSpec[48];  // the conversion without position and length, ready for snprintf
+  char printfStem[48];  // the conversion without position and length, ready for snprintf
   char kind = 0;     // conversion character
 };
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Parses the conversion that starts at format[start] == '%'. On success sets
-// end past it and fills spec; fails for anything that is not a conversion.
-bool Parse(char const* format, int length, int start, Conversion& spec, int& end) {
+// end past it and fills conversion; fails for anything that is not a conversion.
+bool Parse(char const* format, int length, int start, Conversion& conversion, int& end) {
   int i = start + 1;
   int digitsStart = i;
   int number = 0;
   while (i < length && IsDigit(format[i]) && number < 1000) number = number * 10 + (format[i++] - '0');
   if (i < length && format[i] == '$' && i > digitsStart && number > 0) {
-    spec.position = number;
+    conversion.position = number;
     ++i;
   } else {
     i = digitsStart;
@@ -41,10 +41,10 @@ bool Parse(char const* format, int length, int start, Conversion& spec, int& end
   if (i >= length || format[i] == '\0' || !std::strchr("diouxXcsfFeEgGaA", format[i])) return false;
   int bodyLength = bodyEnd - bodyStart;
   if (bodyLength > 40) return false;
-  spec.kind = format[i];
-  spec.printfSpec[0] = '%';
-  std::memcpy(spec.printfSpec + 1, format + bodyStart, static_cast<std::size_t>(bodyLength));
-  spec.printfSpec[1 + bodyLength] = '\0';
+  conversion.kind = format[i];
+  conversion.printfStem[0] = '%';
+  std::memcpy(conversion.printfStem + 1, format + bodyStart, static_cast<std::size_t>(bodyLength));
+  conversion.printfStem[1 + bodyLength] = '\0';
   end = i + 1;
   return true;
 }
@@ -82,31 +82,31 @@ atr_String AsText(atr_FormatArg const& arg) {
   return text;
 }
 
-void AppendConversion(atr_String& out, Conversion const& spec, atr_FormatArg const& arg) {
+void AppendConversion(atr_String& out, Conversion const& conversion, atr_FormatArg const& arg) {
   char printfFormat[56];
-  bool integral = std::strchr("diouxXc", spec.kind) != nullptr;
-  if (spec.kind == 's' || arg.GetKind() == atr_FormatArg::kText) {
-    std::snprintf(printfFormat, sizeof printfFormat, "%ss", spec.printfSpec);
+  bool integral = std::strchr("diouxXc", conversion.kind) != nullptr;
+  if (conversion.kind == 's' || arg.GetKind() == atr_FormatArg::kText) {
+    std::snprintf(printfFormat, sizeof printfFormat, "%ss", conversion.printfStem);
     AppendPrintf(out, printfFormat, AsText(arg).CStr());
   } else if (integral) {
     long long value = arg.GetKind() == atr_FormatArg::kReal ? static_cast<long long>(arg.Real()) : arg.Integer();
-    if (spec.kind == 'c') {
-      std::snprintf(printfFormat, sizeof printfFormat, "%sc", spec.printfSpec);
+    if (conversion.kind == 'c') {
+      std::snprintf(printfFormat, sizeof printfFormat, "%sc", conversion.printfStem);
       AppendPrintf(out, printfFormat, static_cast<int>(value));
-    } else if (spec.kind == 'd' || spec.kind == 'i') {
-      std::snprintf(printfFormat, sizeof printfFormat, "%sll%c", spec.printfSpec, spec.kind);
+    } else if (conversion.kind == 'd' || conversion.kind == 'i') {
+      std::snprintf(printfFormat, sizeof printfFormat, "%sll%c", conversion.printfStem, conversion.kind);
       AppendPrintf(out, printfFormat, value);
     } else {
       // Unsigned forms show a value that fits 32 bits as the 32-bit word it
       // was, so -1 under %08X is FFFFFFFF.
       bool narrow = value >= -2147483648LL && value <= 4294967295LL;
       unsigned long long bits = narrow ? static_cast<unsigned int>(value) : static_cast<unsigned long long>(value);
-      std::snprintf(printfFormat, sizeof printfFormat, "%sll%c", spec.printfSpec, spec.kind);
+      std::snprintf(printfFormat, sizeof printfFormat, "%sll%c", conversion.printfStem, conversion.kind);
       AppendPrintf(out, printfFormat, bits);
     }
   } else {
     double value = arg.GetKind() == atr_FormatArg::kReal ? arg.Real() : static_cast<double>(arg.Integer());
-    std::snprintf(printfFormat, sizeof printfFormat, "%s%c", spec.printfSpec, spec.kind);
+    std::snprintf(printfFormat, sizeof printfFormat, "%s%c", conversion.printfStem, conversion.kind);
     AppendPrintf(out, printfFormat, value);
   }
 }
@@ -130,16 +130,16 @@ atr_String atr_SubstituteFormatArgs(atr_StringBase const& format, atr_FormatArg 
       i += 2;
       continue;
     }
-    Conversion spec;
+    Conversion conversion;
     int end = 0;
-    if (!Parse(text, length, i, spec, end)) {
+    if (!Parse(text, length, i, conversion, end)) {
       out.append(text, length, i, 1);
       ++i;
       continue;
     }
-    int index = spec.position > 0 ? spec.position - 1 : nextArgument++;
+    int index = conversion.position > 0 ? conversion.position - 1 : nextArgument++;
     if (index < count) {
-      AppendConversion(out, spec, args[index]);
+      AppendConversion(out, conversion, args[index]);
     } else {
       out.append(text, length, i, end - i);
     }
