@@ -53,11 +53,14 @@ public:
 protected:
   explicit rfm_IO(int endType = kRfmFileEndType) : m_Swap(omi_Swapper(endType).Swap()) {}
 
+  // The checks and failures that every typed array operation shares.
+  static void CheckArrayArguments(void const* values, int count, int elementSize);
+  [[noreturn]] static void RaiseEndOfFile();
+  [[noreturn]] static void RaiseWriteFailed();
+
 private:
   int ReadArray(void* values, int count, int elementSize);
   void WriteArray(void const* values, int count, int elementSize);
-  template <class T>
-  T ReadScalar();
 
   bool m_Swap;
 };

@@ -4,7 +4,13 @@
 #include "cow_String.h"
 
 #include <functional>
+#include <ostream>
 #include <string>
+
+// Lets test failures show strings as text.
+inline void PrintTo(atr_StringBase const& text, std::ostream* out) {
+  *out << '"' << std::string(text.CStr(), static_cast<std::size_t>(text.Length())) << '"';
+}
 
 // A fresh directory for one test's files, removed with everything in it when
 // the object goes. Tests running in parallel never share one.

@@ -2,11 +2,11 @@
 
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
+#include "rfm_StagingBuffer.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstring>
-#include <memory>
 
 namespace {
 
@@ -18,43 +18,26 @@ char const kInvalidArrayLength[] = "***ERROR: Invalid length when reading array.
 char const kUnexpectedEndOfFile[] = "***ERROR: Unexpected End Of File.";
 char const kWriteFailed[] = "***ERROR: Write operation failed.";
 
-// Arrays up to this many bytes are staged on the stack.
-constexpr int kStackStaging = 4096;
-
 [[noreturn]] void Raise(int line, char const* text) { nex_ThrowMessage(kSourcePath, line, atr_translate(text)); }
-
-void CheckArrayArguments(void const* values, int count, int elementSize) {
-  if (values == nullptr) Raise(__LINE__, kInvalidArrayPointer);
-  if (count < 1 || count > INT_MAX / elementSize) Raise(__LINE__, kInvalidArrayLength);
-}
-
-// Room for one array's bytes: on the stack when small, else on the heap.
-class Staging {
-public:
-  explicit Staging(int bytes) {
-    if (bytes > kStackStaging) {
-      m_Heap.reset(static_cast<char*>(mem_Malloc(static_cast<std::size_t>(bytes))));
-    }
-  }
-  char* Data() { return m_Heap ? m_Heap.get() : m_Stack; }
-
-private:
-  struct Free {
-    void operator()(char* block) const { mem_Free(block); }
-  };
-  char m_Stack[kStackStaging];
-  std::unique_ptr<char, Free> m_Heap;
-};
 
 }  // namespace
 
 rfm_IO::~rfm_IO() = default;
 
+void rfm_IO::CheckArrayArguments(void const* values, int count, int elementSize) {
+  if (values == nullptr) Raise(__LINE__, kInvalidArrayPointer);
+  if (count < 1 || count > INT_MAX / elementSize) Raise(__LINE__, kInvalidArrayLength);
+}
+
+void rfm_IO::RaiseEndOfFile() { Raise(__LINE__, kUnexpectedEndOfFile); }
+
+void rfm_IO::RaiseWriteFailed() { Raise(__LINE__, kWriteFailed); }
+
 int rfm_IO::ReadArray(void* values, int count, int elementSize) {
   CheckArrayArguments(values, count, elementSize);
   int bytes = count * elementSize;
   // Staged, so that the caller's array receives whole elements only.
-  Staging staging(bytes);
+  rfm_StagingBuffer staging(bytes);
   int elements = Read(staging.Data(), bytes) / elementSize;
   if (elements > 0) {
     if (m_Swap) {
@@ -71,13 +54,13 @@ void rfm_IO::WriteArray(void const* values, int count, int elementSize) {
   int bytes = count * elementSize;
   int written;
   if (m_Swap) {
-    Staging staging(bytes);
+    rfm_StagingBuffer staging(bytes);
     omi_SwapperGuts::ExternalizeArray(staging.Data(), values, count, elementSize);
     written = Write(staging.Data(), bytes);
   } else {
     written = Write(static_cast<char const*>(values), bytes);
   }
-  if (written != bytes) Raise(__LINE__, kWriteFailed);
+  if (written != bytes) RaiseWriteFailed();
 }
 
 int rfm_IO::ReadIntArray(int* values, int count) { return ReadArray(values, count, sizeof(int)); }
@@ -87,19 +70,29 @@ void rfm_IO::WriteIntArray(int const* values, int count) { WriteArray(values, co
 void rfm_IO::WriteFloatArray(float const* values, int count) { WriteArray(values, count, sizeof(float)); }
 void rfm_IO::WriteDoubleArray(double const* values, int count) { WriteArray(values, count, sizeof(double)); }
 
-template <class T>
-T rfm_IO::ReadScalar() {
-  T value{};
-  if (ReadArray(&value, 1, sizeof(T)) < 1) Raise(__LINE__, kUnexpectedEndOfFile);
+// The scalars go through the virtual array operations, so that a derived
+// class that moves arrays faster moves scalars faster too.
+int rfm_IO::ReadInt() {
+  int value = 0;
+  if (ReadIntArray(&value, 1) < 1) RaiseEndOfFile();
   return value;
 }
 
-int rfm_IO::ReadInt() { return ReadScalar<int>(); }
-float rfm_IO::ReadFloat() { return ReadScalar<float>(); }
-double rfm_IO::ReadDouble() { return ReadScalar<double>(); }
-void rfm_IO::WriteInt(int value) { WriteArray(&value, 1, sizeof value); }
-void rfm_IO::WriteFloat(float value) { WriteArray(&value, 1, sizeof value); }
-void rfm_IO::WriteDouble(double value) { WriteArray(&value, 1, sizeof value); }
+float rfm_IO::ReadFloat() {
+  float value = 0;
+  if (ReadFloatArray(&value, 1) < 1) RaiseEndOfFile();
+  return value;
+}
+
+double rfm_IO::ReadDouble() {
+  double value = 0;
+  if (ReadDoubleArray(&value, 1) < 1) RaiseEndOfFile();
+  return value;
+}
+
+void rfm_IO::WriteInt(int value) { WriteIntArray(&value, 1); }
+void rfm_IO::WriteFloat(float value) { WriteFloatArray(&value, 1); }
+void rfm_IO::WriteDouble(double value) { WriteDoubleArray(&value, 1); }
 
 cow_String rfm_IO::ReadFixedString(int width) {
   if (width < 1) return cow_String();
@@ -114,18 +107,18 @@ cow_String rfm_IO::ReadFixedString(int width) {
   }
   if (got < width) {
     mem_Free(buffer);
-    Raise(__LINE__, kUnexpectedEndOfFile);
+    RaiseEndOfFile();
   }
   return cow_String::Adopt(buffer, width);
 }
 
 void rfm_IO::WriteFixedString(cow_String const& text, int width) {
   if (width < 1) return;
-  Staging staging(width);
+  rfm_StagingBuffer staging(width);
   char* field = staging.Data();
   std::memset(field, 0, static_cast<std::size_t>(width));
   // Like strncpy: up to the text's first zero byte, cut at the width.
   std::size_t textBytes = std::strlen(text.CStr());
   std::memcpy(field, text.CStr(), std::min(textBytes, static_cast<std::size_t>(width)));
-  if (Write(field, width) != width) Raise(__LINE__, kWriteFailed);
+  if (Write(field, width) != width) RaiseWriteFailed();
 }

@@ -1,0 +1,61 @@
+#ifndef rfm_Database_h
+#define rfm_Database_h
+
+#include "cow_CountedHld.h"
+#include "rfm_DatabaseRepr.h"
+#include "rfm_File.h"
+#include "rfm_Space.h"
+
+// A database by value: copies share one representation, which the last
+// copy closes. A database is one file holding any number of objects, each
+// named by a handle; a writer's changes reach the file at Flush, and a
+// reader sees them after its own Snap.
+class ZQA_EXPORT rfm_Database {
+public:
+  rfm_Database() = default;
+  // Takes ownership of repr.
+  explicit rfm_Database(rfm_DatabaseRepr* repr) : m_Repr(repr) {}
+
+  // A new database in file, which must be empty and writable. magic is the
+  // application's mark (its first four characters are kept).
+  static rfm_Database Create(rfm_File const& file, cow_String const& magic, cow_String const& description,
+                             long creationTime);
+  // An existing database; an empty magic accepts any application's file.
+  static rfm_Database Open(rfm_File const& file, cow_String const& magic);
+  // Whether file is a database with that application magic; never raises
+  // for a file that is not.
+  static bool IsMagic(rfm_File const& file, cow_String const& magic);
+  // The creation time stored in file; 0 for files older than version 12.
+  static long GetCreationTime(rfm_File const& file);
+
+  rfm_Space Space(int quantum) const { return rfm_Space(Repr().Space(quantum)); }
+  rfm_Space Space(rfm_Handle const& handle, int quantum) const { return rfm_Space(Repr().Space(handle, quantum)); }
+
+  cow_String FileName() const { return Repr().FileName(); }
+  cow_String Description() const { return Repr().Description(); }
+  bool ReadOnly() const { return Repr().ReadOnly(); }
+  void Flush() const { Repr().Flush(); }
+  bool Snap() const { return Repr().Snap(); }
+  int GetFlushCount() const { return Repr().GetFlushCount(); }
+  rfm_Handle RootTableHandle() const { return Repr().RootTableHandle(); }
+  rfm_Handle RootTableHandle2() const { return Repr().RootTableHandle2(); }
+  void SetCreationTime(long creationTime) const { Repr().SetCreationTime(creationTime); }
+  rfm_Type HandleType(rfm_Handle const& handle) const { return Repr().HandleType(handle); }
+  rfm_FileStatus::RfmFileStatus FileStatus() const { return Repr().FileStatus(); }
+  cow_String CheckNZDBCache() const { return Repr().CheckNZDBCache(); }
+  void ReaderSemaphoreSet() const { Repr().ReaderSemaphoreSet(); }
+  void ReaderSemaphoreClear() const { Repr().ReaderSemaphoreClear(); }
+  cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const { return Repr().GetObjStatistics(handle); }
+  cow_List<cow_String> GetDBStatistics() const { return Repr().GetDBStatistics(); }
+  cow_String GetObjectLocationReport(utl_FileOffset const& offset) const {
+    return Repr().GetObjectLocationReport(offset);
+  }
+
+  bool IsNull() const { return m_Repr.IsNull(); }
+  rfm_DatabaseRepr& Repr() const { return m_Repr.GetRef(); }
+
+private:
+  cow_CountedHld<rfm_DatabaseRepr> m_Repr;
+};
+
+#endif

@@ -1,0 +1,55 @@
+#ifndef rfm_DatabaseRepr_h
+#define rfm_DatabaseRepr_h
+
+#include "cow_List.h"
+#include "cow_String.h"
+#include "mem_Alloc.h"
+#include "rfm_FileStatus.h"
+#include "rfm_Handle.h"
+#include "rfm_Type.h"
+#include "utl_FileOffset.h"
+
+class rfm_SpaceRepr;
+
+// What a database is, whatever stores it: the operations that rfm_Database
+// forwards, and the factories of the objects stored in it.
+class ZQA_EXPORT rfm_DatabaseRepr : public mem_AllocationOperators {
+public:
+  virtual ~rfm_DatabaseRepr();
+
+  virtual cow_String FileName() const = 0;
+  virtual cow_String Description() const = 0;
+  virtual bool ReadOnly() const = 0;
+  // Writes everything changed; the flush count, written last, vouches for it.
+  virtual void Flush() = 0;
+  // A reader picks up a writer's flushes; answers whether the view changed.
+  virtual bool Snap() = 0;
+  virtual int GetFlushCount() const = 0;
+  virtual void SetCreationTime(long creationTime) = 0;
+  virtual rfm_Handle RootTableHandle() const = 0;
+  virtual rfm_Handle RootTableHandle2() const = 0;
+  virtual rfm_FileStatus::RfmFileStatus FileStatus() = 0;
+  virtual cow_String CheckNZDBCache() = 0;
+  virtual void ReaderSemaphoreSet() = 0;
+  virtual void ReaderSemaphoreClear() = 0;
+  virtual cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const = 0;
+  virtual cow_List<cow_String> GetDBStatistics() const = 0;
+  // Which object holds a file offset: a debugging aid for damaged files.
+  virtual cow_String GetObjectLocationReport(utl_FileOffset const& offset) const;
+  // A new space, or an existing one; the caller owns the result. A quantum
+  // below 4 (callers pass -1 for no wish) means 4.
+  virtual rfm_SpaceRepr* Space(int quantum) = 0;
+  virtual rfm_SpaceRepr* Space(rfm_Handle const& handle, int quantum) = 0;
+
+  // The type of the object at handle, told by its first words: a table, a
+  // tagged stream, an array's element type, or a plain space.
+  rfm_Type HandleType(rfm_Handle const& handle);
+
+protected:
+  rfm_DatabaseRepr() = default;
+
+  // Set once Create or Open has completed; only then does closing write.
+  bool m_Opened = false;
+};
+
+#endif

@@ -1,0 +1,86 @@
+#ifndef rfm_IOBuffer_h
+#define rfm_IOBuffer_h
+
+#include "rfm_IOS.h"
+
+#include <memory>
+
+// A write-behind and read-ahead buffer over another object, serving one
+// direction at a time. Everything goes through PrepRead and PrepWrite,
+// which grant a chunk of whole elements of a size (the quantum) in the
+// buffer; typed arrays are swapped straight between the buffer and the
+// caller's memory. Transfers of a buffer's size or more go around it.
+//
+// Invariants:
+// - The buffer's first byte stands for the underlying location m_Start.
+// - Reading: bytes [0, m_Limit) are valid and [0, m_Cursor) consumed.
+//   Writing: bytes [0, m_Cursor) wait to be written and m_Limit is the size.
+// - Nothing waits to be written outside write mode.
+class ZQA_EXPORT rfm_IOBuffer : public rfm_IOS {
+public:
+  static constexpr int kDefaultSize = 2048;
+
+  // underlying must outlive the buffer. size 0 means kDefaultSize.
+  rfm_IOBuffer(rfm_IOS* underlying, int size);
+  // Writes what waits; a failure then can only be reported on standard error.
+  ~rfm_IOBuffer() override;
+  rfm_IOBuffer(rfm_IOBuffer const&) = delete;
+  rfm_IOBuffer& operator=(rfm_IOBuffer const&) = delete;
+
+  bool ReadOnly() const override { return m_Underlying->ReadOnly(); }
+  // Counts bytes not yet written.
+  utl_FileOffset Length() const override;
+  void Seek(utl_FileOffset offset) override;
+  utl_FileOffset Location() const override { return m_Mode == kIdle ? m_Start : m_Start + m_Cursor; }
+  void Flush() override;
+  void Extend(utl_FileOffset delta) override;
+  int Read(char* buffer, int count) override;
+  int Write(char const* buffer, int count) override;
+  int ReadIntArray(int* values, int count) override;
+  int ReadFloatArray(float* values, int count) override;
+  int ReadDoubleArray(double* values, int count) override;
+  void WriteIntArray(int const* values, int count) override;
+  void WriteFloatArray(float const* values, int count) override;
+  void WriteDoubleArray(double const* values, int count) override;
+  rfm_StringManager* StringManager() const override { return m_Underlying->StringManager(); }
+  int ReadStringArray(cow_String* strings, int count) override;
+  void WriteStringArray(cow_String const* strings, int count) override;
+
+  // Grants up to count elements of quantum bytes at Chunk(); false when none
+  // is left to read.
+  bool PrepRead(int quantum, int count);
+  // Grants room for up to count elements of quantum bytes at Chunk().
+  bool PrepWrite(int quantum, int count);
+  char* Chunk() const { return m_Chunk; }
+  int ChunkCount() const { return m_ChunkCount; }
+
+  // Copies all the rest of source to this buffer.
+  void Append(rfm_IOBuffer& source);
+  // Ends the current direction: writes what waits, forgets what was read ahead.
+  void LocalFlush();
+  int Size() const { return m_Size; }
+
+private:
+  enum Mode { kIdle = 0, kReading = 1, kWriting = 2 };
+
+  void BufferBeginRead();
+  void BufferEndRead();
+  void BufferBeginWrite();
+  void BufferEndWrite();
+  template <class T>
+  int ReadTyped(T* values, int count);
+  template <class T>
+  void WriteTyped(T const* values, int count, char const* failure);
+
+  rfm_IOS* m_Underlying;
+  int m_Size;
+  int m_Cursor = 0;
+  int m_Limit = 0;
+  utl_FileOffset m_Start;
+  std::unique_ptr<char[]> m_Buffer;
+  char* m_Chunk = nullptr;
+  int m_ChunkCount = 0;
+  Mode m_Mode = kIdle;
+};
+
+#endif

@@ -1,0 +1,108 @@
+#ifndef rfm_DatabaseReprFile_h
+#define rfm_DatabaseReprFile_h
+
+#include "rfm_DatabaseGroup.h"
+#include "rfm_DatabaseRepr.h"
+#include "rfm_File.h"
+#include "rfm_Space.h"
+
+#include <memory>
+#include <vector>
+
+class rfm_StringManager;
+
+// A database in a file: block 0, the chain of linkage groups that lists
+// where every object's bytes lie, and the objects themselves.
+//
+// Invariants:
+// - The groups stay in memory while the database is open; Linkage() is an
+//   index step. Only dirty groups are written, and only at Flush.
+// - The flush count is written after everything it vouches for.
+// - Group offsets strictly increase along the chain: a new group always
+//   goes to the end of the file.
+class rfm_DatabaseReprFile : public rfm_DatabaseRepr {
+public:
+  // The on-disk form of a linkage group: 512 linkages of 28 bytes.
+  //
+  //  offset  size  content
+  //       0     8  allocation, double
+  //       8     8  length, double
+  //      16     8  location, double; 0: the slot is free
+  //      24     4  next handle, 0 at the end of the chain
+  //
+  // Slot 0's location is the next group's offset (0 in the last group) and
+  // its next is that group's index shifted left by 9.
+  static constexpr int kLinkageSize = 28;
+  static constexpr int kGroupSize = rfm_DatabaseGroup::kSlots * kLinkageSize;
+
+  explicit rfm_DatabaseReprFile(rfm_File const& file);
+  ~rfm_DatabaseReprFile() override;
+
+  void Create(cow_String const& magic, cow_String const& description, long creationTime);
+  void Open(cow_String const& magic);
+  static bool IsMagic(rfm_File const& file, cow_String const& magic);
+  static long GetCreationTime(rfm_File const& file);
+
+  cow_String FileName() const override { return m_File.FileName(); }
+  cow_String Description() const override;
+  bool ReadOnly() const override { return m_File.ReadOnly(); }
+  void Flush() override;
+  bool Snap() override;
+  int GetFlushCount() const override { return m_FlushCount; }
+  void SetCreationTime(long creationTime) override;
+  rfm_Handle RootTableHandle() const override;
+  rfm_Handle RootTableHandle2() const override;
+  rfm_FileStatus::RfmFileStatus FileStatus() override { return File().FileStatus(); }
+  cow_String CheckNZDBCache() override { return File().CheckNZDBCache(); }
+  void ReaderSemaphoreSet() override { File().ReaderSemaphoreSet(); }
+  void ReaderSemaphoreClear() override { File().ReaderSemaphoreClear(); }
+  cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const override;
+  cow_List<cow_String> GetDBStatistics() const override;
+  cow_String GetObjectLocationReport(utl_FileOffset const& offset) const override;
+  rfm_SpaceRepr* Space(int quantum) override;
+  rfm_SpaceRepr* Space(rfm_Handle const& handle, int quantum) override;
+
+  // What the spaces need of their database.
+  rfm_FileRepr& File() const { return *m_File.Repr(); }
+  rfm_StringManager* StringManager() const { return m_StringManager; }
+  // The linkage of handle; raises the corrupt-file error for a handle
+  // outside the groups. Slot 0 passes, so a chain's null end resolves.
+  rfm_Linkage& Linkage(rfm_Handle handle);
+  rfm_Linkage const& Linkage(rfm_Handle handle) const;
+  void MakeDirty(rfm_Handle handle);
+  // A free slot at the end of the last group, opening a new group when it is
+  // full. The new linkage is not dirty: its owner marks it when it grows.
+  rfm_Handle CreateLinkage();
+  // Whether handle names an object: a slot other than 0, in a group that
+  // exists, with a location.
+  bool HandleOk(rfm_Handle handle) const;
+  // Grows the file's logical length; when the real file grows, the transfer
+  // record follows it.
+  void Extend(utl_FileOffset delta);
+  // More links than any chain can have: a longer walk means a damaged file.
+  int ChainLimit() const { return static_cast<int>(m_Groups.size()) * rfm_DatabaseGroup::kSlots; }
+  [[noreturn]] void RaiseCorrupt(int line) const;
+
+private:
+  using GroupList = std::vector<std::unique_ptr<rfm_DatabaseGroup> >;
+
+  void CreateGroup();
+  GroupList LoadGroupList();
+  void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group);
+  void DumpGroupList();
+  void DumpGroup(rfm_DatabaseGroup& group);
+  rfm_Space OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText);
+  void Close();
+
+  rfm_File m_File;
+  // The string pool and the metadata catalogue are stored at handles 1 and
+  // 3; their services build on these spaces.
+  rfm_Space m_StringPoolSpace;
+  rfm_Space m_MetadataSpace;
+  rfm_StringManager* m_StringManager = nullptr;
+  GroupList m_Groups;
+  std::unique_ptr<char[]> m_Scratch;  // one group's bytes, for all group I/O
+  int m_FlushCount = 0;
+};
+
+#endif

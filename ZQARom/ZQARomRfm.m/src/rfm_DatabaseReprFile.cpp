@@ -1,0 +1,398 @@
+#include "rfm_DatabaseReprFile.h"
+
+#include "ZQABasAssert.h"
+#include "atr_SubstituteFormat.h"
+#include "atr_translate.h"
+#include "rfm_Block0.h"
+#include "rfm_HandleConverter.h"
+#include "rfm_ObjectMagic.h"
+#include "rfm_OffsetConverter.h"
+#include "rfm_SpaceReprFile.h"
+
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+namespace {
+
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
+
+omi_Swapper FileOrder() { return omi_Swapper(kRfmFileEndType); }
+
+[[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
+
+// The application magic as stored: at most its first four characters.
+cow_String ApplicationMagic(cow_String const& magic) { return magic.Substr(0, kRfmApplicationMagicSize); }
+
+// Reads block 0's magic into a zeroed buffer of 9 bytes.
+void ReadMagic(rfm_FileRepr& file, char (&magic)[kRfmMagicSize + 1]) {
+  std::memset(magic, 0, sizeof magic);
+  file.Seek(kRfmMagicOffset);
+  file.Read(magic, kRfmMagicSize);
+}
+
+bool StartsWith(char const* text, char const* prefix) { return std::strncmp(text, prefix, std::strlen(prefix)) == 0; }
+
+// Whether the application magic after "ZKRR" is exactly the wanted one; an
+// empty wanted magic accepts any.
+bool ApplicationMagicMatches(char const (&stored)[kRfmMagicSize + 1], cow_String const& wanted) {
+  if (wanted.Empty()) return true;
+  cow_String expected = ApplicationMagic(wanted);
+  char const* application = stored + std::strlen(kRfmDatabaseMagic);
+  return expected == application;
+}
+
+}  // namespace
+
+rfm_DatabaseRepr::~rfm_DatabaseRepr() = default;
+
+cow_String rfm_DatabaseRepr::GetObjectLocationReport(utl_FileOffset const&) const {
+  return atr_translate("Object location report not supported for this rfm database type.");
+}
+
+rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
+  rfm_Space space(Space(handle, -1));
+  int words[3] = {};
+  if (space->ReadIntArray(words, 3) < 3) return rfm_TypeSpace;
+  switch (static_cast<std::uint32_t>(words[0])) {
+    case kRfmTableMagic:
+      return rfm_TypeTable;
+    case kRfmTaggedStreamMagic:
+      return rfm_TypeStream;
+    case kRfmArrayMagic:
+      return static_cast<rfm_Type>(words[2]);
+    default:
+      return rfm_TypeSpace;
+  }
+}
+
+rfm_DatabaseReprFile::rfm_DatabaseReprFile(rfm_File const& file) : m_File(file) {}
+
+rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
+  if (!m_Opened) return;
+  // A destructor cannot raise: a failure to close is reported, and the file
+  // keeps the state of its last successful flush.
+  try {
+    Close();
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+  }
+}
+
+void rfm_DatabaseReprFile::Close() {
+  rfm_FileRepr& file = File();
+  if (!ReadOnly()) {
+    file.Seek(kRfmClosingWordOffset);
+    file.WriteInt(0);
+  }
+  Flush();
+  if (!ReadOnly()) {
+    file.Trim();
+    file.FTPCheckSet(kRfmFtpRecordOffset);
+  }
+}
+
+void rfm_DatabaseReprFile::RaiseCorrupt(int line) const {
+  Raise(line, atr_SubstituteFormat(
+                  atr_translate("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  %s"), FileName()));
+}
+
+void rfm_DatabaseReprFile::Create(cow_String const& magic, cow_String const& description, long creationTime) {
+  rfm_FileRepr& file = File();
+  Extend(kRfmBlock0Size);
+  char zeros[kRfmBlock0Size] = {};
+  file.Write(zeros, kRfmBlock0Size);
+  file.Seek(kRfmMagicOffset);
+  file.WriteFixedString(cow_String(kRfmDatabaseMagic).Append(ApplicationMagic(magic)), kRfmMagicSize);
+  file.WriteInt(kRfmFormatVersion);
+  file.WriteFixedString(description, kRfmDescriptionSize);
+  // The closing word, the transfer record and the flush count start at zero.
+  for (int offset = kRfmClosingWordOffset; offset <= kRfmFlushCountOffset; offset += 4) file.WriteInt(0);
+  file.WriteInt(static_cast<int>(creationTime));
+
+  m_Scratch.reset(new char[kGroupSize]);
+  m_Groups.clear();
+  CreateGroup();
+
+  m_StringPoolSpace = rfm_Space(Space(-1));
+  m_StringPoolSpace.WriteInt(static_cast<int>(kRfmStringPoolMagic));
+  rfm_Space(Space(-1));
+  m_MetadataSpace = rfm_Space(Space(-1));
+  m_MetadataSpace.WriteInt(static_cast<int>(kRfmMetadataMagic));
+  m_Opened = true;
+}
+
+void rfm_DatabaseReprFile::Open(cow_String const& magic) {
+  rfm_FileRepr& file = File();
+  char stored[kRfmMagicSize + 1];
+  ReadMagic(file, stored);
+  if (StartsWith(stored, kRfmOldFormatMagic)) {
+    Raise(__LINE__, atr_SubstituteFormat(
+                        atr_translate("***ERROR: \"%s\"\nis an old format Zorbex database file.\ndatabase files "
+                                      "generated with an Zorbex analysis \nrelease prior to 6.1-1 cannot be opened "
+                                      "with \nthe current release of Zorbex/Viewer. \nPlease rerun the analysis "
+                                      "using the current \nZorbex analysis release."),
+                        FileName()));
+  }
+  if (!StartsWith(stored, kRfmDatabaseMagic)) {
+    Raise(__LINE__, atr_SubstituteFormat(atr_translate("***ERROR: \"%s\"  is not an Zorbex database file."),
+                                         FileName()));
+  }
+  if (!ApplicationMagicMatches(stored, magic)) {
+    Raise(__LINE__, atr_SubstituteFormat(atr_translate("***ERROR: Incorrect magic number in file: \"%s\"  ."),
+                                         FileName()));
+  }
+  // Block 0 and the first group must be there before anything is read from them.
+  if (file.LengthPysical() < kRfmBlock0Size + kGroupSize) RaiseCorrupt(__LINE__);
+  file.Seek(kRfmVersionOffset);
+  int version = file.ReadInt();
+  if (version < kRfmOldestReadableVersion) {
+    Raise(__LINE__, atr_SubstituteFormat(
+                        atr_translate("***ERROR: Wrong Zorbex database file version, %d;  Expected version %d."),
+                        version, kRfmFormatVersion));
+  }
+  file.Seek(kRfmFlushCountOffset);
+  m_FlushCount = file.ReadInt();
+  file.FTPCheckCheck(kRfmFtpRecordOffset);
+
+  m_Scratch.reset(new char[kGroupSize]);
+  m_Groups = LoadGroupList();
+  m_StringPoolSpace = OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
+                                         "***ERROR: String space object is not where it belongs.");
+  m_MetadataSpace = OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
+                                       "***ERROR: Metadata table object is not where it belongs.");
+  m_Opened = true;
+}
+
+rfm_Space rfm_DatabaseReprFile::OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText) {
+  rfm_Space space(Space(rfm_Handle(handle), -1));
+  int first = 0;
+  if (space->ReadIntArray(&first, 1) < 1 || static_cast<std::uint32_t>(first) != magic) {
+    Raise(__LINE__, atr_translate(misplacedText));
+  }
+  return space;
+}
+
+bool rfm_DatabaseReprFile::IsMagic(rfm_File const& file, cow_String const& magic) {
+  char stored[kRfmMagicSize + 1];
+  ReadMagic(*file.Repr(), stored);
+  return StartsWith(stored, kRfmDatabaseMagic) && ApplicationMagicMatches(stored, magic);
+}
+
+long rfm_DatabaseReprFile::GetCreationTime(rfm_File const& file) {
+  file->Seek(kRfmVersionOffset);
+  if (file->ReadInt() < kRfmFirstVersionWithCreationTime) return 0;
+  file->Seek(kRfmCreationTimeOffset);
+  return file->ReadInt();
+}
+
+void rfm_DatabaseReprFile::SetCreationTime(long creationTime) {
+  File().Seek(kRfmCreationTimeOffset);
+  File().WriteInt(static_cast<int>(creationTime));
+}
+
+cow_String rfm_DatabaseReprFile::Description() const {
+  File().Seek(kRfmDescriptionOffset);
+  cow_String field = File().ReadFixedString(kRfmDescriptionSize);
+  // The field is zero-filled: the description is the text before the first zero.
+  return field.Substr(0, static_cast<int>(std::strlen(field.CStr())));
+}
+
+rfm_Handle rfm_DatabaseReprFile::RootTableHandle() const { return rfm_Handle(kRfmRootTableHandle); }
+
+rfm_Handle rfm_DatabaseReprFile::RootTableHandle2() const { return rfm_Handle(kRfmRootTableHandle2); }
+
+void rfm_DatabaseReprFile::Flush() {
+  if (ReadOnly()) return;
+  DumpGroupList();
+  File().Seek(kRfmFlushCountOffset);
+  File().WriteInt(++m_FlushCount);
+  File().Flush();
+}
+
+bool rfm_DatabaseReprFile::Snap() {
+  if (!ReadOnly()) return false;
+  if (File().ReaderSemaphore()) return false;
+  File().Seek(kRfmFlushCountOffset);
+  int flushCount = File().ReadInt();
+  if (flushCount == m_FlushCount) return false;
+  // The groups are read before the count is taken as seen: a failed reload
+  // leaves the old view, and the next Snap tries again.
+  m_Groups = LoadGroupList();
+  m_FlushCount = flushCount;
+  return true;
+}
+
+void rfm_DatabaseReprFile::Extend(utl_FileOffset delta) {
+  if (File().FileExtend(delta)) File().FTPCheckSet(kRfmFtpRecordOffset);
+}
+
+void rfm_DatabaseReprFile::CreateGroup() {
+  std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
+  group->m_Dirty = true;
+  group->m_Offset = File().LengthLogical();
+  Extend(kGroupSize);
+  m_Groups.push_back(std::move(group));
+}
+
+rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
+  GroupList groups;
+  utl_FileOffset offset = kRfmBlock0Size;
+  while (offset != 0) {
+    std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
+    LoadGroup(offset, *group);
+    utl_FileOffset next = group->m_Linkages[0].m_Location;
+    // Groups only ever go to the end of the file: a next group that is not
+    // further on would make the chain a loop.
+    if (next != 0 && next <= offset) RaiseCorrupt(__LINE__);
+    offset = next;
+    groups.push_back(std::move(group));
+  }
+  return groups;
+}
+
+void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group) {
+  File().Seek(offset);
+  if (File().Read(m_Scratch.get(), kGroupSize) != kGroupSize) RaiseCorrupt(__LINE__);
+  omi_Swapper order = FileOrder();
+  group.m_Offset = offset;
+  group.m_Dirty = false;
+  group.m_Used = rfm_DatabaseGroup::kSlots;
+  char const* bytes = m_Scratch.get();
+  for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kLinkageSize) {
+    rfm_Linkage& link = group.m_Linkages[slot];
+    link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes);
+    link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + 8);
+    link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + 16);
+    link.m_Next = rfm_HandleConverter::Internalize(order, bytes + 24);
+    link.m_Head = false;
+    if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
+      RaiseCorrupt(__LINE__);
+    }
+    if (slot > 0 && link.m_Location == 0 && group.m_Used == rfm_DatabaseGroup::kSlots) group.m_Used = slot;
+  }
+}
+
+void rfm_DatabaseReprFile::DumpGroupList() {
+  for (auto& group : m_Groups) DumpGroup(*group);
+}
+
+void rfm_DatabaseReprFile::DumpGroup(rfm_DatabaseGroup& group) {
+  if (!group.m_Dirty) return;
+  group.m_Linkages[0].m_Allocation = 0;
+  group.m_Linkages[0].m_Length = 0;
+  omi_Swapper order = FileOrder();
+  char* bytes = m_Scratch.get();
+  for (rfm_Linkage const& link : group.m_Linkages) {
+    rfm_OffsetConverter::Externalize(order, bytes, link.m_Allocation);
+    rfm_OffsetConverter::Externalize(order, bytes + 8, link.m_Length);
+    rfm_OffsetConverter::Externalize(order, bytes + 16, link.m_Location);
+    // The next field is 4 bytes here, not a stored handle's 8.
+    char handle[rfm_HandleConverter::ExternalSize()];
+    rfm_HandleConverter::Externalize(order, handle, link.m_Next);
+    std::memcpy(bytes + 24, handle, 4);
+    bytes += kLinkageSize;
+  }
+  File().Seek(group.m_Offset);
+  File().Write(m_Scratch.get(), kGroupSize);
+  group.m_Dirty = false;
+}
+
+rfm_Linkage const& rfm_DatabaseReprFile::Linkage(rfm_Handle handle) const {
+  std::uint32_t index = handle.Group();
+  if (index >= m_Groups.size() || handle.Slot() >= m_Groups[index]->m_Used) RaiseCorrupt(__LINE__);
+  return m_Groups[index]->m_Linkages[handle.Slot()];
+}
+
+rfm_Linkage& rfm_DatabaseReprFile::Linkage(rfm_Handle handle) {
+  return const_cast<rfm_Linkage&>(static_cast<rfm_DatabaseReprFile const&>(*this).Linkage(handle));
+}
+
+void rfm_DatabaseReprFile::MakeDirty(rfm_Handle handle) { m_Groups[handle.Group()]->m_Dirty = true; }
+
+rfm_Handle rfm_DatabaseReprFile::CreateLinkage() {
+  rfm_DatabaseGroup* last = m_Groups.back().get();
+  if (last->m_Used < rfm_DatabaseGroup::kSlots) {
+    return rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, last->m_Used++);
+  }
+  CreateGroup();
+  rfm_DatabaseGroup* fresh = m_Groups.back().get();
+  int freshIndex = static_cast<int>(m_Groups.size()) - 1;
+  last->m_Dirty = true;
+  last->m_Linkages[0].m_Location = fresh->m_Offset;
+  last->m_Linkages[0].m_Next = rfm_Handle::Make(freshIndex, 0);
+  return rfm_Handle::Make(freshIndex, fresh->m_Used++);
+}
+
+bool rfm_DatabaseReprFile::HandleOk(rfm_Handle handle) const {
+  if (handle.Slot() == 0 || handle.Group() >= m_Groups.size()) return false;
+  return m_Groups[handle.Group()]->m_Linkages[handle.Slot()].m_Location != 0;
+}
+
+rfm_SpaceRepr* rfm_DatabaseReprFile::Space(int quantum) { return new rfm_SpaceReprFile(*this, quantum); }
+
+rfm_SpaceRepr* rfm_DatabaseReprFile::Space(rfm_Handle const& handle, int quantum) {
+  return new rfm_SpaceReprFile(*this, handle, quantum);
+}
+
+cow_List<cow_String> rfm_DatabaseReprFile::GetObjStatistics(rfm_Handle const& handle) const {
+  cow_List<cow_String> statistics;
+  if (!HandleOk(handle)) return statistics;
+  int count = 0;
+  for (rfm_Handle link = handle; !link.IsNull() && count <= ChainLimit(); link = Linkage(link).m_Next) ++count;
+  statistics.Append(atr_SubstituteFormat("Linkage_Count=%d", count));
+  return statistics;
+}
+
+cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
+  cow_List<cow_String> statistics;
+  statistics.Append(atr_SubstituteFormat("Block 0 Size (bytes)=%d", kRfmBlock0Size));
+  statistics.Append(atr_SubstituteFormat("Total Linkage Usage (bytes)=%20.0lf",
+                                         static_cast<double>(m_Groups.size()) * kGroupSize));
+  statistics.Append(atr_SubstituteFormat("Metadata Pool Size (bytes)=%20.0lf",
+                                         static_cast<double>(m_MetadataSpace.Length())));
+  statistics.Append(atr_SubstituteFormat("String Pool Size (bytes)=%20.0lf",
+                                         static_cast<double>(m_StringPoolSpace.Length())));
+  // No string can be stored until the string pool's service is built on
+  // its space, so the pool holds none.
+  statistics.Append(atr_SubstituteFormat("String Pool Count (number of strings)=%d", 0));
+  cow_List<cow_String> pool = GetObjStatistics(rfm_Handle(kRfmStringPoolHandle));
+  statistics.Append(atr_SubstituteFormat("String Pool %s", pool.IsEmpty() ? cow_String() : pool.First()));
+  return statistics;
+}
+
+cow_String rfm_DatabaseReprFile::GetObjectLocationReport(utl_FileOffset const& offset) const {
+  // Heads are the used slots with a location that no other slot continues.
+  for (auto const& group : m_Groups) {
+    for (int slot = 0; slot < group->m_Used; ++slot) {
+      group->m_Linkages[slot].m_Head = slot > 0 && group->m_Linkages[slot].m_Location != 0;
+    }
+  }
+  for (auto const& group : m_Groups) {
+    for (int slot = 1; slot < group->m_Used; ++slot) {
+      rfm_Linkage const& link = group->m_Linkages[slot];
+      if (link.m_Location == 0 || link.m_Next.IsNull() || !HandleOk(link.m_Next)) continue;
+      m_Groups[link.m_Next.Group()]->m_Linkages[link.m_Next.Slot()].m_Head = false;
+    }
+  }
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    rfm_DatabaseGroup const& group = *m_Groups[index];
+    for (int slot = 1; slot < group.m_Used; ++slot) {
+      if (!group.m_Linkages[slot].m_Head) continue;
+      rfm_Handle head = rfm_Handle::Make(static_cast<int>(index), slot);
+      utl_FileOffset before = 0;
+      int steps = 0;
+      for (rfm_Handle link = head; !link.IsNull() && steps <= ChainLimit(); ++steps) {
+        rfm_Linkage const& extent = Linkage(link);
+        if (extent.m_Location == 0) break;
+        if (extent.m_Location <= offset && offset < extent.m_Location + extent.m_Length) {
+          return atr_SubstituteFormat("Object: %08x - Offset: %20.0lf", head.Value(),
+                                      static_cast<double>(before + offset - extent.m_Location));
+        }
+        before += extent.m_Length;
+        link = extent.m_Next;
+      }
+    }
+  }
+  return atr_translate("Object not found.");
+}

@@ -1,0 +1,274 @@
+#include "rfm_IOBuffer.h"
+
+#include "ZQABasAssert.h"
+#include "atr_translate.h"
+#include "rfm_Exc.h"
+#include "rfm_FileException.h"
+#include "rfm_StringManager.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+
+namespace {
+
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_IOBuffer";
+
+[[noreturn]] void Raise(int line, char const* text) { nex_ThrowMessage(kSourcePath, line, atr_translate(text)); }
+
+}  // namespace
+
+rfm_IOBuffer::rfm_IOBuffer(rfm_IOS* underlying, int size)
+    : m_Underlying(underlying), m_Size(size > 0 ? size : kDefaultSize), m_Start(underlying->Location()),
+      m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {}
+
+rfm_IOBuffer::~rfm_IOBuffer() {
+  try {
+    LocalFlush();
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+  }
+}
+
+void rfm_IOBuffer::BufferBeginRead() {
+  m_Underlying->Seek(m_Start);
+  m_Limit = m_Underlying->Read(m_Buffer.get(), m_Size);
+  m_Cursor = 0;
+}
+
+void rfm_IOBuffer::BufferEndRead() {
+  m_Start += m_Cursor;
+  m_Cursor = 0;
+  m_Limit = 0;
+}
+
+void rfm_IOBuffer::BufferBeginWrite() {
+  m_Cursor = 0;
+  m_Limit = m_Size;
+}
+
+void rfm_IOBuffer::BufferEndWrite() {
+  if (m_Cursor > 0) {
+    m_Underlying->Seek(m_Start);
+    int written = 0;
+    while (written < m_Cursor) {
+      int n = m_Underlying->Write(m_Buffer.get() + written, m_Cursor - written);
+      if (n <= 0) RaiseWriteFailed();
+      written += n;
+    }
+    m_Start += written;
+  }
+  m_Cursor = 0;
+  m_Limit = 0;
+}
+
+void rfm_IOBuffer::LocalFlush() {
+  if (m_Mode == kWriting) {
+    BufferEndWrite();
+  } else if (m_Mode == kReading) {
+    BufferEndRead();
+  }
+  m_Mode = kIdle;
+}
+
+bool rfm_IOBuffer::PrepRead(int quantum, int count) {
+  if (m_Mode != kReading) {
+    if (m_Mode == kWriting) BufferEndWrite();
+    BufferBeginRead();
+    m_Mode = kReading;
+  }
+  if (m_Limit - m_Cursor < quantum) {
+    m_Chunk = nullptr;
+    m_ChunkCount = 0;
+    BufferEndRead();
+    BufferBeginRead();
+    if (m_Limit - m_Cursor < quantum) return false;
+  }
+  m_ChunkCount = std::min((m_Limit - m_Cursor) / quantum, count);
+  m_Chunk = m_Buffer.get() + m_Cursor;
+  m_Cursor += m_ChunkCount * quantum;
+  return m_ChunkCount > 0;
+}
+
+bool rfm_IOBuffer::PrepWrite(int quantum, int count) {
+  if (ReadOnly()) rfm_IssueWritingToReadOnlyException();
+  if (quantum > m_Size) Raise(__LINE__, "rfm_IOBuffer::PrepWrite: Quantum is too large for buffer.");
+  if (m_Mode != kWriting) {
+    if (m_Mode == kReading) BufferEndRead();
+    BufferBeginWrite();
+    m_Mode = kWriting;
+  }
+  if (m_Limit - m_Cursor < quantum) {
+    m_Chunk = nullptr;
+    m_ChunkCount = 0;
+    BufferEndWrite();
+    BufferBeginWrite();
+  }
+  m_ChunkCount = std::min((m_Limit - m_Cursor) / quantum, count);
+  m_Chunk = m_Buffer.get() + m_Cursor;
+  m_Cursor += m_ChunkCount * quantum;
+  return m_ChunkCount > 0;
+}
+
+utl_FileOffset rfm_IOBuffer::Length() const { return std::max(Location(), m_Underlying->Length()); }
+
+void rfm_IOBuffer::Seek(utl_FileOffset offset) {
+  if (Location() == offset) return;
+  LocalFlush();
+  m_Start = offset;
+}
+
+void rfm_IOBuffer::Flush() {
+  LocalFlush();
+  m_Underlying->Flush();
+}
+
+void rfm_IOBuffer::Extend(utl_FileOffset delta) {
+  Flush();
+  m_Underlying->Seek(m_Start);
+  m_Underlying->Extend(delta);
+}
+
+int rfm_IOBuffer::Read(char* buffer, int count) {
+  if (buffer == nullptr || count < 0) rfm_FileBadParameterExc("rfm_IOBuffer::Read").Throw(kSourcePath, __LINE__);
+  // The common small read from bytes already buffered.
+  if (m_Mode == kReading && m_Limit - m_Cursor >= count) {
+    std::memcpy(buffer, m_Buffer.get() + m_Cursor, static_cast<std::size_t>(count));
+    m_Cursor += count;
+    return count;
+  }
+  int done = 0;
+  while (done < count) {
+    int rest = count - done;
+    bool buffered = m_Mode == kReading && m_Cursor < m_Limit;
+    if (!buffered && rest >= m_Size) {
+      // Large reads go straight to the caller's memory.
+      LocalFlush();
+      m_Underlying->Seek(m_Start);
+      int got = m_Underlying->Read(buffer + done, rest);
+      m_Start += got;
+      done += got;
+      break;
+    }
+    if (!PrepRead(1, rest)) break;
+    std::memcpy(buffer + done, m_Chunk, static_cast<std::size_t>(m_ChunkCount));
+    done += m_ChunkCount;
+  }
+  return done;
+}
+
+int rfm_IOBuffer::Write(char const* buffer, int count) {
+  if (buffer == nullptr || count < 0) rfm_FileBadParameterExc("rfm_IOBuffer::Write").Throw(kSourcePath, __LINE__);
+  // The common small write into room already granted.
+  if (m_Mode == kWriting && m_Limit - m_Cursor >= count) {
+    std::memcpy(m_Buffer.get() + m_Cursor, buffer, static_cast<std::size_t>(count));
+    m_Cursor += count;
+    return count;
+  }
+  int done = 0;
+  while (done < count) {
+    int rest = count - done;
+    if (rest >= m_Size && !(m_Mode == kWriting && m_Cursor > 0)) {
+      // Large writes go straight from the caller's memory.
+      if (ReadOnly()) rfm_IssueWritingToReadOnlyException();
+      LocalFlush();
+      m_Underlying->Seek(m_Start);
+      int written = m_Underlying->Write(buffer + done, rest);
+      m_Start += written;
+      done += written;
+      if (written < rest) RaiseWriteFailed();
+      break;
+    }
+    PrepWrite(1, rest);
+    std::memcpy(m_Chunk, buffer + done, static_cast<std::size_t>(m_ChunkCount));
+    done += m_ChunkCount;
+  }
+  return done;
+}
+
+template <class T>
+int rfm_IOBuffer::ReadTyped(T* values, int count) {
+  CheckArrayArguments(values, count, sizeof(T));
+  int done = 0;
+  while (done < count && PrepRead(sizeof(T), count - done)) {
+    if (SwapBytes()) {
+      omi_SwapperGuts::InternalizeArray(values + done, m_Chunk, m_ChunkCount, sizeof(T));
+    } else {
+      std::memcpy(values + done, m_Chunk, static_cast<std::size_t>(m_ChunkCount) * sizeof(T));
+    }
+    done += m_ChunkCount;
+  }
+  return done;
+}
+
+template <class T>
+void rfm_IOBuffer::WriteTyped(T const* values, int count, char const* failure) {
+  CheckArrayArguments(values, count, sizeof(T));
+  int done = 0;
+  while (done < count) {
+    if (!PrepWrite(sizeof(T), count - done)) Raise(__LINE__, failure);
+    if (SwapBytes()) {
+      omi_SwapperGuts::ExternalizeArray(m_Chunk, values + done, m_ChunkCount, sizeof(T));
+    } else {
+      std::memcpy(m_Chunk, values + done, static_cast<std::size_t>(m_ChunkCount) * sizeof(T));
+    }
+    done += m_ChunkCount;
+  }
+}
+
+int rfm_IOBuffer::ReadIntArray(int* values, int count) { return ReadTyped(values, count); }
+int rfm_IOBuffer::ReadFloatArray(float* values, int count) { return ReadTyped(values, count); }
+int rfm_IOBuffer::ReadDoubleArray(double* values, int count) { return ReadTyped(values, count); }
+
+void rfm_IOBuffer::WriteIntArray(int const* values, int count) {
+  WriteTyped(values, count, "rfm_IOBuffer::WriteArray(int): Unable to find sufficient space in buffer.");
+}
+
+void rfm_IOBuffer::WriteFloatArray(float const* values, int count) {
+  WriteTyped(values, count, "rfm_IOBuffer::WriteArray(float): Unable to find sufficient space in buffer.");
+}
+
+void rfm_IOBuffer::WriteDoubleArray(double const* values, int count) {
+  WriteTyped(values, count, "rfm_IOBuffer::WriteArray(double): Unable to find sufficient space in buffer.");
+}
+
+int rfm_IOBuffer::ReadStringArray(cow_String* strings, int count) {
+  rfm_StringManager& manager = RequireStringManager();
+  int size = manager.ExternalStringSize();
+  CheckArrayArguments(strings, count, size);
+  int done = 0;
+  while (done < count && PrepRead(size, count - done)) {
+    manager.Internalize(m_Chunk, strings + done, m_ChunkCount);
+    done += m_ChunkCount;
+  }
+  return done;
+}
+
+void rfm_IOBuffer::WriteStringArray(cow_String const* strings, int count) {
+  rfm_StringManager& manager = RequireStringManager();
+  int size = manager.ExternalStringSize();
+  CheckArrayArguments(strings, count, size);
+  int done = 0;
+  while (done < count) {
+    if (!PrepWrite(size, count - done)) {
+      Raise(__LINE__, "rfm_IOBuffer::WriteArray(string): Unable to find sufficient space in buffer.");
+    }
+    manager.Externalize(m_Chunk, strings + done, m_ChunkCount);
+    done += m_ChunkCount;
+  }
+}
+
+void rfm_IOBuffer::Append(rfm_IOBuffer& source) {
+  int chunk = std::min(m_Size, source.m_Size);
+  while (source.PrepRead(1, chunk)) {
+    char const* from = source.m_Chunk;
+    int rest = source.m_ChunkCount;
+    while (rest > 0) {
+      if (!PrepWrite(1, rest)) Raise(__LINE__, "rfm_IOBuffer::Append - Bad transfer length.");
+      std::memcpy(m_Chunk, from, static_cast<std::size_t>(m_ChunkCount));
+      from += m_ChunkCount;
+      rest -= m_ChunkCount;
+    }
+  }
+}

@@ -1,0 +1,350 @@
+#include "atr_String.h"
+#include "nex_PrimException.h"
+#include "rfm_Database.h"
+#include "rfm_DatabaseReprFile.h"
+#include "rfm_TestBytes.h"
+#include "zqa_TestDir.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Message = nex_PrimException<atr_String, 1>;
+
+constexpr int kGroup = rfm_DatabaseReprFile::kGroupSize;
+
+rfm_Database CreateDatabase(cow_String const& name, char const* magic = "APP", bool preallocate = false) {
+  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, preallocate), magic, "a test database",
+                              1700000000);
+}
+
+rfm_Database OpenDatabase(cow_String const& name, utl_FileAccess access, char const* magic = "APP") {
+  return rfm_Database::Open(rfm_File::Open(name, access, false), magic);
+}
+
+std::string OpenError(cow_String const& name, char const* magic) {
+  try {
+    OpenDatabase(name, utl_FileAccessRead, magic);
+  } catch (Message const& e) {
+    return e.what();
+  }
+  return "opened";
+}
+
+rfm_DatabaseReprFile& FileRepr(rfm_Database const& database) {
+  return static_cast<rfm_DatabaseReprFile&>(database.Repr());
+}
+
+// Writes text into a new space and returns its handle.
+rfm_Handle WriteSpace(rfm_Database const& database, std::string const& text) {
+  rfm_Space space = database.Space(-1);
+  space.Write(text.data(), static_cast<int>(text.size()));
+  return space.Handle();
+}
+
+std::string ReadSpace(rfm_Database const& database, rfm_Handle handle) {
+  rfm_Space space = database.Space(handle, -1);
+  std::string text(static_cast<std::size_t>(space.Length()), '\0');
+  if (!text.empty()) space.Read(text.data(), static_cast<int>(text.size()));
+  return text;
+}
+
+void Require(bool condition, char const* what) {
+  if (!condition) throw std::runtime_error(what);
+}
+
+// One direction of a pipe between a test and its child process.
+class Signal {
+public:
+  Signal() {
+    if (::pipe(m_Ends) != 0) throw std::runtime_error("pipe");
+  }
+  ~Signal() {
+    ::close(m_Ends[0]);
+    ::close(m_Ends[1]);
+  }
+  void Send() const { Require(::write(m_Ends[1], "x", 1) == 1, "signal lost"); }
+  void Wait() const {
+    char byte;
+    Require(::read(m_Ends[0], &byte, 1) == 1, "the other side went away");
+  }
+
+private:
+  int m_Ends[2];
+};
+
+}  // namespace
+
+TEST(DatabaseTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("new.zdb");
+  CreateDatabase(name, "APPLICATION");
+
+  std::string bytes = zqa_ReadFileBytes(name);
+  ASSERT_GE(bytes.size(), static_cast<std::size_t>(1024 + kGroup));
+  EXPECT_EQ(std::string("ZKRRAPPL", 8), bytes.substr(0, 8));
+  EXPECT_EQ(12, StoredInt(bytes, 8));
+  EXPECT_EQ(std::string("a test database") + std::string(484 - 15, '\0'), bytes.substr(12, 484));
+  EXPECT_EQ(0, StoredInt(bytes, 496));
+  EXPECT_EQ(std::string(4, '\0'), bytes.substr(500, 4));
+  EXPECT_EQ(static_cast<double>(bytes.size()), StoredDouble(bytes, 504));
+  EXPECT_EQ(1, StoredInt(bytes, 512));  // the flush of closing
+  EXPECT_EQ(1700000000, StoredInt(bytes, 516));
+  EXPECT_EQ(std::string(504, '\0'), bytes.substr(520, 504));
+
+  // Group 0 at 1024: slot 0 ends the chain; slots 1-3 hold the pool, the
+  // reserved space and the metadata, each as three doubles and a handle.
+  auto linkage = [&](int slot) { return 1024 + 28 * static_cast<std::size_t>(slot); };
+  for (int field = 0; field < 28; field += 4) EXPECT_EQ(0, StoredInt(bytes, linkage(0) + field)) << field;
+  EXPECT_EQ(4.0, StoredDouble(bytes, linkage(1)));
+  EXPECT_EQ(4.0, StoredDouble(bytes, linkage(1) + 8));
+  EXPECT_EQ(1024.0 + kGroup, StoredDouble(bytes, linkage(1) + 16));
+  EXPECT_EQ(0, StoredInt(bytes, linkage(1) + 24));
+  EXPECT_EQ(static_cast<int>(0xAAFFBBEE), StoredInt(bytes, 1024 + kGroup));
+  EXPECT_EQ(0.0, StoredDouble(bytes, linkage(2)));
+  EXPECT_EQ(1.0, StoredDouble(bytes, linkage(2) + 16));
+  EXPECT_EQ(1024.0 + kGroup + 4, StoredDouble(bytes, linkage(3) + 16));
+  EXPECT_EQ(static_cast<int>(0xFAAAEBBB), StoredInt(bytes, 1024 + kGroup + 4));
+  EXPECT_EQ(0.0, StoredDouble(bytes, linkage(4) + 16));
+  EXPECT_EQ(static_cast<std::size_t>(1024 + kGroup + 8), bytes.size());
+}
+
+TEST(DatabaseTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFile) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("flush.zdb");
+  {
+    rfm_Database database = CreateDatabase(name, "APP", true);
+    EXPECT_EQ(1 << 20, static_cast<int>(zqa_ReadFileBytes(name).size()));
+    database.Flush();
+    database.Flush();
+    EXPECT_EQ(2, database.GetFlushCount());
+    std::string bytes = zqa_ReadFileBytes(name);
+    EXPECT_EQ(2, StoredInt(bytes, 512));
+    // Until closing, the transfer record keeps what it had when block 0 was written.
+    EXPECT_EQ(0.0, StoredDouble(bytes, 504));
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  EXPECT_EQ(static_cast<std::size_t>(1024 + kGroup + 8), bytes.size());
+  EXPECT_EQ(3, StoredInt(bytes, 512));
+  EXPECT_EQ(static_cast<double>(bytes.size()), StoredDouble(bytes, 504));
+
+  // A reader leaves block 0 as it found it.
+  { OpenDatabase(name, utl_FileAccessRead); }
+  EXPECT_EQ(bytes, zqa_ReadFileBytes(name));
+}
+
+TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("groups.zdb");
+  {
+    rfm_Database database = CreateDatabase(name);
+    rfm_DatabaseReprFile& repr = FileRepr(database);
+    rfm_Handle last;
+    for (int object = 4; object <= 511; ++object) last = WriteSpace(database, "x");
+    EXPECT_EQ(511, last.Value());
+    rfm_Handle next = WriteSpace(database, "in group one");
+    EXPECT_EQ(513, next.Value());
+
+    EXPECT_FALSE(repr.HandleOk(rfm_Handle(0)));
+    EXPECT_FALSE(repr.HandleOk(rfm_Handle(512)));
+    EXPECT_FALSE(repr.HandleOk(rfm_Handle(1024)));
+    EXPECT_FALSE(repr.HandleOk(rfm_Handle(1025)));
+    EXPECT_TRUE(repr.HandleOk(next));
+    try {
+      repr.Linkage(rfm_Handle(1025));
+      FAIL() << "a handle beyond the last group resolved";
+    } catch (Message const& e) {
+      EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
+                e.what());
+    }
+    EXPECT_THROW(database.Space(rfm_Handle(1025), -1), Message);
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  std::size_t group1 = static_cast<std::size_t>(StoredDouble(bytes, 1024 + 16));
+  EXPECT_EQ(512, StoredInt(bytes, 1024 + 24));
+  ASSERT_LT(group1 + kGroup, bytes.size());
+  EXPECT_EQ(0.0, StoredDouble(bytes, group1 + 16));
+
+  rfm_Database reopened = OpenDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ("in group one", ReadSpace(reopened, rfm_Handle(513)));
+  EXPECT_EQ("x", ReadSpace(reopened, rfm_Handle(511)));
+}
+
+TEST(DatabaseTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("job.zdb");
+  { CreateDatabase(name, "ABCDE"); }
+  std::string const good = zqa_ReadFileBytes(name);
+  std::string const quoted = std::string("\"") + name.CStr() + "\"";
+
+  EXPECT_EQ("opened", OpenError(name, ""));
+  EXPECT_EQ("opened", OpenError(name, "ABCDX"));
+  EXPECT_EQ("***ERROR: Incorrect magic number in file: " + quoted + "  .", OpenError(name, "ABC"));
+  EXPECT_EQ("***ERROR: Incorrect magic number in file: " + quoted + "  .", OpenError(name, "XYZW"));
+  EXPECT_TRUE(rfm_Database::IsMagic(rfm_File::Open(name, utl_FileAccessRead, false), "ABCD"));
+  EXPECT_FALSE(rfm_Database::IsMagic(rfm_File::Open(name, utl_FileAccessRead, false), "ABC"));
+
+  std::string old = good;
+  old.replace(0, 8, "ZKRDFM01");
+  zqa_WriteFileBytes(name, old);
+  EXPECT_EQ("***ERROR: " + quoted +
+                "\nis an old format Zorbex database file.\ndatabase files generated with an Zorbex analysis \n"
+                "release prior to 6.1-1 cannot be opened with \nthe current release of Zorbex/Viewer. \n"
+                "Please rerun the analysis using the current \nZorbex analysis release.",
+            OpenError(name, ""));
+  EXPECT_FALSE(rfm_Database::IsMagic(rfm_File::Open(name, utl_FileAccessRead, false), ""));
+
+  zqa_WriteFileBytes(name, "just some text, not a database");
+  EXPECT_EQ("***ERROR: " + quoted + "  is not an Zorbex database file.", OpenError(name, ""));
+
+  std::string version = good;
+  PutStoredInt(version, 8, 10);
+  zqa_WriteFileBytes(name, version);
+  EXPECT_EQ("***ERROR: Wrong Zorbex database file version, 10;  Expected version 12.", OpenError(name, ""));
+
+  PutStoredInt(version, 8, 11);
+  zqa_WriteFileBytes(name, version);
+  EXPECT_EQ("opened", OpenError(name, ""));
+  EXPECT_EQ(0, rfm_Database::GetCreationTime(rfm_File::Open(name, utl_FileAccessRead, false)));
+  zqa_WriteFileBytes(name, good);
+  EXPECT_EQ(1700000000, rfm_Database::GetCreationTime(rfm_File::Open(name, utl_FileAccessRead, false)));
+
+  // A damaged file raises a message, never reads out of bounds.
+  zqa_WriteFileBytes(name, good.substr(0, 2000));
+  EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
+            OpenError(name, ""));
+  std::string missingPool = good;
+  missingPool.replace(1024 + 28 + 16, 8, std::string(8, '\0'));
+  zqa_WriteFileBytes(name, missingPool);
+  EXPECT_EQ("***ERROR: Database is not valid. This may indicate that the database has been corrupted.",
+            OpenError(name, ""));
+  std::string wrongPool = good;
+  PutStoredInt(wrongPool, 1024 + kGroup, 7);
+  zqa_WriteFileBytes(name, wrongPool);
+  EXPECT_EQ("***ERROR: String space object is not where it belongs.", OpenError(name, ""));
+  std::string wrongMetadata = good;
+  PutStoredInt(wrongMetadata, 1024 + kGroup + 4, 7);
+  zqa_WriteFileBytes(name, wrongMetadata);
+  EXPECT_EQ("***ERROR: Metadata table object is not where it belongs.", OpenError(name, ""));
+  std::string loop = good;
+  loop.replace(1024 + 16, 8, std::string("\0\0\0\0\0\0\x90\x40", 8));  // slot 0 points back to 1024
+  zqa_WriteFileBytes(name, loop);
+  EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
+            OpenError(name, ""));
+}
+
+TEST(DatabaseTest, DescriptionCreationTimeAndStatistics) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("about.zdb");
+  rfm_Database database = CreateDatabase(name);
+  EXPECT_EQ(cow_String("a test database"), database.Description());
+  EXPECT_EQ(name, database.FileName());
+  EXPECT_FALSE(database.ReadOnly());
+  EXPECT_EQ(4, database.RootTableHandle().Value());
+  EXPECT_EQ(5, database.RootTableHandle2().Value());
+  database.SetCreationTime(-5);
+  database.Flush();
+  EXPECT_EQ(-5, rfm_Database::GetCreationTime(rfm_File::Open(name, utl_FileAccessRead, false)));
+
+  rfm_Handle three = WriteSpace(database, std::string(12, 'a'));
+  rfm_Space space = database.Space(three, -1);
+  space.Seek(12);
+  database.Space(-1).Write("b", 1);
+  space.Write("cc", 2);
+  cow_List<cow_String> object = database.GetObjStatistics(three);
+  ASSERT_EQ(1, object.Length());
+  EXPECT_EQ(cow_String("Linkage_Count=2"), object[0]);
+  EXPECT_TRUE(database.GetObjStatistics(rfm_Handle(400)).IsEmpty());
+
+  cow_List<cow_String> statistics = database.GetDBStatistics();
+  ASSERT_EQ(6, statistics.Length());
+  EXPECT_EQ(cow_String("Block 0 Size (bytes)=1024"), statistics[0]);
+  EXPECT_EQ(cow_String("Total Linkage Usage (bytes)=               14336"), statistics[1]);
+  EXPECT_EQ(cow_String("Metadata Pool Size (bytes)=                   4"), statistics[2]);
+  EXPECT_EQ(cow_String("String Pool Size (bytes)=                   4"), statistics[3]);
+  EXPECT_EQ(cow_String("String Pool Linkage_Count=1"), statistics[5]);
+
+  // The space at handle 4 holds 12 bytes at one extent and 2 at another,
+  // with the 1 byte of handle 5 between them.
+  utl_FileOffset firstExtent = 1024 + kGroup + 8;
+  EXPECT_EQ(cow_String("Object: 00000004 - Offset:                    3"),
+            database.GetObjectLocationReport(firstExtent + 3));
+  EXPECT_EQ(cow_String("Object: 00000004 - Offset:                   13"),
+            database.GetObjectLocationReport(firstExtent + 12 + 4 + 1));
+  EXPECT_EQ(cow_String("Object: 00000001 - Offset:                    0"),
+            database.GetObjectLocationReport(1024 + kGroup));
+  EXPECT_EQ(cow_String("Object: 00000005 - Offset:                    0"),
+            database.GetObjectLocationReport(firstExtent + 12));
+  EXPECT_EQ(cow_String("Object not found."), database.GetObjectLocationReport(firstExtent + 13));
+  EXPECT_EQ(cow_String("Object not found."), database.GetObjectLocationReport(20));
+
+  EXPECT_EQ(rfm_TypeSpace, database.HandleType(three));
+  rfm_Space stream = database.Space(-1);
+  int const streamWords[3] = {static_cast<int>(0xFAAFEBBE), 0, 0};
+  stream->WriteIntArray(streamWords, 3);
+  EXPECT_EQ(rfm_TypeStream, database.HandleType(stream.Handle()));
+  rfm_Space array = database.Space(-1);
+  int const arrayWords[3] = {static_cast<int>(0xFFFAEEEB), 0, rfm_TypeDouble};
+  array->WriteIntArray(arrayWords, 3);
+  EXPECT_EQ(rfm_TypeDouble, database.HandleType(array.Handle()));
+}
+
+TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("shared.zdb");
+  rfm_Database writer = CreateDatabase(name);
+  rfm_Handle first = WriteSpace(writer, "one");
+  writer.Flush();
+  EXPECT_FALSE(writer.Snap());
+
+  Signal toChild;
+  Signal toParent;
+  pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    int status = 0;
+    try {
+      rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+      Require(ReadSpace(reader, first) == "one", "first contents");
+      toParent.Send();
+      toChild.Wait();  // the writer has written without flushing
+      Require(!reader.Snap(), "snap before any flush");
+      Require(ReadSpace(reader, first) == "one", "unflushed bytes seen");
+      Require(!FileRepr(reader).HandleOk(rfm_Handle(first.Value() + 1)), "unflushed object seen");
+      toParent.Send();
+      toChild.Wait();  // the writer has flushed
+      Require(reader.Snap(), "snap after a flush");
+      Require(!reader.Snap(), "second snap for one flush");
+      Require(ReadSpace(reader, first) == "onetwo", "flushed bytes");
+      Require(ReadSpace(reader, rfm_Handle(first.Value() + 1)) == "second", "flushed object");
+      toParent.Send();
+      toChild.Wait();  // two more flushes
+      Require(reader.Snap(), "snap after two flushes");
+      Require(!reader.Snap(), "snap repeated");
+    } catch (...) {
+      status = 1;
+    }
+    ::_exit(status);
+  }
+  toParent.Wait();
+  rfm_Space space = writer.Space(first, -1);
+  space.Seek(3);
+  space.Write("two", 3);
+  WriteSpace(writer, "second");
+  toChild.Send();
+  toParent.Wait();
+  writer.Flush();
+  toChild.Send();
+  toParent.Wait();
+  writer.Flush();
+  writer.Flush();
+  toChild.Send();
+  int status = 0;
+  ASSERT_EQ(child, ::waitpid(child, &status, 0));
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
