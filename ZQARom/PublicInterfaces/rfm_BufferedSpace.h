@@ -5,12 +5,13 @@
 #include "rfm_IOBuffer.h"
 #include "rfm_Space.h"
 
-// A space with a buffer of the default size in front of it. Copies share
-// both; the buffer goes before the space, so what waits in it is written.
+// A space with a buffer in front of it, of the default size unless a
+// caller streaming bulk data asks for more. Copies share both; the buffer
+// goes before the space, so what waits in it is written.
 class ZQA_EXPORT rfm_BufferedSpace {
 public:
-  explicit rfm_BufferedSpace(rfm_Space const& space)
-      : m_Space(space), m_Buffer(new rfm_IOBuffer(space.Repr(), 0)) {}
+  explicit rfm_BufferedSpace(rfm_Space const& space, int bufferSize = 0)
+      : m_Space(space), m_Buffer(new rfm_IOBuffer(space.Repr(), bufferSize)) {}
 
   rfm_Handle Handle() const { return m_Space.Handle(); }
   utl_FileOffset Allocation() const { return m_Space.Allocation(); }
@@ -21,8 +22,8 @@ public:
   void Seek(utl_FileOffset offset) const { Buffer().Seek(offset); }
   void Extend(utl_FileOffset delta) const { Buffer().Extend(delta); }
   void Flush() const { Buffer().Flush(); }
-  int Read(char* buffer, int count) const { return Buffer().Read(buffer, count); }
-  int Write(char const* buffer, int count) const { return Buffer().Write(buffer, count); }
+  int Read(char* buffer, int count) const { return Buffer().ReadBytes(buffer, count); }
+  int Write(char const* buffer, int count) const { return Buffer().WriteBytes(buffer, count); }
   int ReadIntArray(int* values, int count) const { return Buffer().ReadIntArray(values, count); }
   int ReadFloatArray(float* values, int count) const { return Buffer().ReadFloatArray(values, count); }
   int ReadDoubleArray(double* values, int count) const { return Buffer().ReadDoubleArray(values, count); }

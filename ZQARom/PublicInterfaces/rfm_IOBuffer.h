@@ -3,6 +3,7 @@
 
 #include "rfm_IOS.h"
 
+#include <cstring>
 #include <memory>
 
 // A write-behind and read-ahead buffer over another object, serving one
@@ -34,8 +35,27 @@ public:
   utl_FileOffset Location() const override { return m_Mode == kIdle ? m_Start : m_Start + m_Cursor; }
   void Flush() override;
   void Extend(utl_FileOffset delta) override;
-  int Read(char* buffer, int count) override;
-  int Write(char const* buffer, int count) override;
+  int Read(char* buffer, int count) override { return ReadBytes(buffer, count); }
+  int Write(char const* buffer, int count) override { return WriteBytes(buffer, count); }
+  // Read and Write without the virtual call: the common small transfer that
+  // the buffer already holds, or has room for, is a copy; the rest goes out
+  // of line.
+  int ReadBytes(char* buffer, int count) {
+    if (m_Mode == kReading && buffer != nullptr && count >= 0 && count <= m_Limit - m_Cursor) {
+      std::memcpy(buffer, m_Buffer.get() + m_Cursor, static_cast<std::size_t>(count));
+      m_Cursor += count;
+      return count;
+    }
+    return ReadThrough(buffer, count);
+  }
+  int WriteBytes(char const* buffer, int count) {
+    if (m_Mode == kWriting && buffer != nullptr && count >= 0 && count <= m_Limit - m_Cursor) {
+      std::memcpy(m_Buffer.get() + m_Cursor, buffer, static_cast<std::size_t>(count));
+      m_Cursor += count;
+      return count;
+    }
+    return WriteThrough(buffer, count);
+  }
   int ReadIntArray(int* values, int count) override;
   int ReadFloatArray(float* values, int count) override;
   int ReadDoubleArray(double* values, int count) override;
@@ -63,6 +83,8 @@ public:
 private:
   enum Mode { kIdle = 0, kReading = 1, kWriting = 2 };
 
+  int ReadThrough(char* buffer, int count);
+  int WriteThrough(char const* buffer, int count);
   void BufferBeginRead();
   void BufferEndRead();
   void BufferBeginWrite();

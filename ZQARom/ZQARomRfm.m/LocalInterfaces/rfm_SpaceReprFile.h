@@ -16,11 +16,14 @@ class rfm_DatabaseReprFile;
 //   offset in the current extent.
 // - A space that writes alone at the end of the file grows in place; only
 //   one that another object has overtaken starts a new extent.
+// - A space whose quantum is at least a page starts every extent on a page.
 // - The cached sizes are recomputed when the database's flush count moves,
 //   so a reader's space stays right across Snap.
 class rfm_SpaceReprFile : public rfm_SpaceRepr {
 public:
   static constexpr int kSmallestQuantum = 4;
+  // Spaces with a quantum of at least this start each extent at a multiple of it.
+  static constexpr int kPageSize = 4096;
 
   // A new space; a quantum below 4 means 4.
   rfm_SpaceReprFile(rfm_DatabaseReprFile& database, int quantum);
@@ -44,6 +47,9 @@ public:
 private:
   void ComputeSize() const;
   rfm_Handle LastLinkage() const;
+  // Where a new extent goes: the end of the file, on a page for a space
+  // whose quantum is a page or more.
+  utl_FileOffset StartOfNewExtent();
   [[noreturn]] void RaiseBadSeek(int line, utl_FileOffset offset) const;
 
   rfm_DatabaseReprFile* m_Database;

@@ -130,14 +130,8 @@ void rfm_IOBuffer::Extend(utl_FileOffset delta) {
   m_Underlying->Extend(delta);
 }
 
-int rfm_IOBuffer::Read(char* buffer, int count) {
+int rfm_IOBuffer::ReadThrough(char* buffer, int count) {
   if (buffer == nullptr || count < 0) rfm_FileBadParameterExc("rfm_IOBuffer::Read").Throw(kSourcePath, __LINE__);
-  // The common small read from bytes already buffered.
-  if (m_Mode == kReading && m_Limit - m_Cursor >= count) {
-    std::memcpy(buffer, m_Buffer.get() + m_Cursor, static_cast<std::size_t>(count));
-    m_Cursor += count;
-    return count;
-  }
   int done = 0;
   while (done < count) {
     int rest = count - done;
@@ -158,14 +152,8 @@ int rfm_IOBuffer::Read(char* buffer, int count) {
   return done;
 }
 
-int rfm_IOBuffer::Write(char const* buffer, int count) {
+int rfm_IOBuffer::WriteThrough(char const* buffer, int count) {
   if (buffer == nullptr || count < 0) rfm_FileBadParameterExc("rfm_IOBuffer::Write").Throw(kSourcePath, __LINE__);
-  // The common small write into room already granted.
-  if (m_Mode == kWriting && m_Limit - m_Cursor >= count) {
-    std::memcpy(m_Buffer.get() + m_Cursor, buffer, static_cast<std::size_t>(count));
-    m_Cursor += count;
-    return count;
-  }
   int done = 0;
   while (done < count) {
     int rest = count - done;

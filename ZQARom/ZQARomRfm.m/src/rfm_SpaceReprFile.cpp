@@ -107,6 +107,17 @@ void rfm_SpaceReprFile::Seek(utl_FileOffset offset) {
   RaiseBadSeek(__LINE__, offset);
 }
 
+utl_FileOffset rfm_SpaceReprFile::StartOfNewExtent() {
+  utl_FileOffset end = m_Database->File().LengthLogical();
+  if (m_Quantum < kPageSize) return end;
+  // A space that grows in pages starts its extents on a page, so that its
+  // transfers cover whole pages of the system's cache. The few bytes
+  // skipped belong to no object.
+  utl_FileOffset aligned = RoundUp(end, kPageSize);
+  if (aligned > end) m_Database->Extend(aligned - end);
+  return aligned;
+}
+
 void rfm_SpaceReprFile::Extend(utl_FileOffset delta) {
   if (ReadOnly()) rfm_IssueWritingToReadOnlyException();
   if (delta <= 0) Raise(__LINE__, "rfm_SpaceReprFile::Extend: Invalid file extend increment specified.");
@@ -125,7 +136,7 @@ void rfm_SpaceReprFile::Extend(utl_FileOffset delta) {
     last = fresh;
     extent = &m_Database->Linkage(last);
   }
-  if (extent->m_Location < kRfmBlock0Size) extent->m_Location = m_Database->File().LengthLogical();
+  if (extent->m_Location < kRfmBlock0Size) extent->m_Location = StartOfNewExtent();
   m_Database->MakeDirty(last);
   utl_FileOffset grown = RoundUp(extent->m_Allocation + need, m_Quantum);
   utl_FileOffset increase = grown - extent->m_Allocation;

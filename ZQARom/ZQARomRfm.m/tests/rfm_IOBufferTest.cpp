@@ -197,6 +197,8 @@ TEST(IOBufferTest, BufferedSpacesShareOneBufferAndAppendCopiesTheRest) {
     for (int i = 0; i < 1000; ++i) sharer.WriteIntArray(&i, 1);
     EXPECT_EQ(4000, writer.Location());
     EXPECT_EQ(source.Handle(), writer.Handle());
+    EXPECT_EQ(rfm_IOBuffer::kDefaultSize, writer.Buffer().Size());
+    EXPECT_EQ(65536, rfm_BufferedSpace(target, 65536).Buffer().Size());
   }
   EXPECT_EQ(4000, source.Length());
 

@@ -187,3 +187,27 @@ TEST(ConverterTest, OffsetsAreDoublesAndHandlesAreFourBytesOfEight) {
   std::memcpy(bytes + 4, "junk", 4);
   EXPECT_EQ(513, rfm_HandleConverter::Internalize(order, bytes).Value());
 }
+
+TEST(SpaceTest, SpacesOfAPageOrMoreStartEveryExtentOnAPage) {
+  zqa_TestDir dir;
+  rfm_Database database = CreateDatabase(dir.File("pages.zdb"));
+  rfm_Space small = database.Space(-1);
+  rfm_Space paged = database.Space(8192);
+  small.Write("abc", 3);
+  paged.Write("first", 5);
+  small.Write("defgh", 5);
+  std::string big(9000, 'p');
+  paged.Write(big.data(), 9000);
+  ASSERT_EQ(2, ChainLength(database, paged.Handle()));
+  for (rfm_Handle link = paged.Handle(); !link.IsNull(); link = LinkageOf(database, link).m_Next) {
+    EXPECT_EQ(0, LinkageOf(database, link).m_Location % 4096);
+  }
+  EXPECT_EQ(9005, paged.Length());
+  EXPECT_EQ(8192 + 8192, paged.Allocation());
+  // A small space goes where the file ends, page or not.
+  EXPECT_NE(0, LinkageOf(database, small.Handle()).m_Location % 4096);
+  paged.Seek(4);
+  char bytes[3];
+  paged.Read(bytes, 3);
+  EXPECT_EQ("tpp", std::string(bytes, 3));
+}
