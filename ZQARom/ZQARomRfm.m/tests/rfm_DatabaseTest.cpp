@@ -2,6 +2,7 @@
 #include "nex_PrimException.h"
 #include "rfm_Database.h"
 #include "rfm_DatabaseReprFile.h"
+#include "rfm_ReaderSemaphoreProxy.h"
 #include "rfm_TestBytes.h"
 #include "zqa_TestDir.h"
 
@@ -347,4 +348,21 @@ TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   int status = 0;
   ASSERT_EQ(child, ::waitpid(child, &status, 0));
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}
+
+TEST(DatabaseTest, ReadersHoldOffTheirSnapWhileAWritersTransactionRuns) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("transaction.zdb");
+  rfm_Database writer = CreateDatabase(name);
+  writer.Flush();
+  rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+  {
+    rfm_ReaderSemaphoreProxy transaction(writer);
+    WriteSpace(writer, "inside");
+    writer.Flush();
+    EXPECT_FALSE(reader.Snap());
+    EXPECT_EQ(rfm_FileStatus::kInTransaction, reader.FileStatus());
+  }
+  EXPECT_TRUE(reader.Snap());
+  EXPECT_EQ("inside", ReadSpace(reader, rfm_Handle(4)));
 }
