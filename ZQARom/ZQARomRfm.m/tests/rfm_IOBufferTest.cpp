@@ -2,6 +2,7 @@
 #include "nex_PrimException.h"
 #include "rfm_BufferedSpace.h"
 #include "rfm_Database.h"
+#include "rfm_MemoryIOS.h"
 #include "rfm_StringManager.h"
 #include "rfm_TestBytes.h"
 #include "zqa_TestDir.h"
@@ -51,34 +52,6 @@ public:
 
 private:
   std::vector<cow_String> m_Strings;
-};
-
-// A space in memory that knows a string manager, to carry strings.
-class MemoryIOS : public rfm_IOS {
-public:
-  bool ReadOnly() const override { return false; }
-  utl_FileOffset Length() const override { return static_cast<utl_FileOffset>(bytes.size()); }
-  void Seek(utl_FileOffset offset) override { location = static_cast<std::size_t>(offset); }
-  utl_FileOffset Location() const override { return static_cast<utl_FileOffset>(location); }
-  void Flush() override {}
-  void Extend(utl_FileOffset) override {}
-  int Read(char* buffer, int count) override {
-    std::size_t n = std::min(bytes.size() - location, static_cast<std::size_t>(count));
-    std::memcpy(buffer, bytes.data() + location, n);
-    location += n;
-    return static_cast<int>(n);
-  }
-  int Write(char const* buffer, int count) override {
-    if (bytes.size() < location + static_cast<std::size_t>(count)) bytes.resize(location + count);
-    std::memcpy(bytes.data() + location, buffer, static_cast<std::size_t>(count));
-    location += static_cast<std::size_t>(count);
-    return count;
-  }
-  rfm_StringManager* StringManager() const override { return manager; }
-
-  std::string bytes;
-  std::size_t location = 0;
-  rfm_StringManager* manager = nullptr;
 };
 
 }  // namespace
@@ -217,7 +190,7 @@ TEST(IOBufferTest, BufferedSpacesShareOneBufferAndAppendCopiesTheRest) {
 
 TEST(IOBufferTest, StringsTravelAsExternalStrings) {
   ListStringManager manager;
-  MemoryIOS memory;
+  rfm_MemoryIOS memory;
   memory.manager = &manager;
   cow_String const strings[3] = {"alpha", "", "gamma"};
   memory.WriteStringArray(strings, 3);
@@ -240,7 +213,7 @@ TEST(IOBufferTest, StringsTravelAsExternalStrings) {
   EXPECT_EQ(cow_String("alpha"), back[0]);
   EXPECT_THROW(buffer.ReadString(), Message);
 
-  MemoryIOS withoutManager;
+  rfm_MemoryIOS withoutManager;
   try {
     withoutManager.WriteString("x");
     FAIL();

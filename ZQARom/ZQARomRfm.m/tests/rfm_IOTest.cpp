@@ -1,5 +1,6 @@
 #include "rfm_FileException.h"
 #include "rfm_FileReprLocal.h"
+#include "rfm_MemoryIOS.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -22,31 +23,8 @@ void ExpectMessage(char const* expected, Body body) {
   }
 }
 
-// An in-memory byte sequence in the other byte order, to drive the swap path.
-class ForeignOrderIO : public rfm_IO {
-public:
-  ForeignOrderIO() : rfm_IO(omi_Swapper::HostEndType() == omi_LittleEndian ? omi_BigEndian : omi_LittleEndian) {}
-  bool ReadOnly() const override { return false; }
-  utl_FileOffset Length() const override { return static_cast<utl_FileOffset>(bytes.size()); }
-  void Seek(utl_FileOffset offset) override { location = static_cast<std::size_t>(offset); }
-  utl_FileOffset Location() const override { return static_cast<utl_FileOffset>(location); }
-  void Flush() override {}
-  void Extend(utl_FileOffset) override {}
-  int Read(char* buffer, int count) override {
-    std::size_t n = std::min(bytes.size() - location, static_cast<std::size_t>(count));
-    std::memcpy(buffer, bytes.data() + location, n);
-    location += n;
-    return static_cast<int>(n);
-  }
-  int Write(char const* buffer, int count) override {
-    bytes.replace(location, std::min(bytes.size() - location, static_cast<std::size_t>(count)), buffer,
-                  static_cast<std::size_t>(count));
-    location += static_cast<std::size_t>(count);
-    return count;
-  }
-  std::string bytes;
-  std::size_t location = 0;
-};
+// The byte order that is not the host's, to drive the swap path.
+int ForeignEndType() { return omi_Swapper::HostEndType() == omi_LittleEndian ? omi_BigEndian : omi_LittleEndian; }
 
 }  // namespace
 
@@ -78,14 +56,13 @@ TEST(IOTest, NumbersAreStoredLittleEndian) {
 }
 
 TEST(IOTest, ForeignByteOrderSwapsEveryElement) {
-  ForeignOrderIO io;
+  rfm_MemoryIOS io(ForeignEndType());
   ASSERT_TRUE(io.SwapBytes());
   io.WriteInt(0x01020304);
   double const values[2] = {1.5, -0.25};
   io.WriteDoubleArray(values, 2);
   io.WriteFloat(2.0f);
 
-  std::string reversedInt("\x04\x03\x02\x01", 4);
   std::string hostInt(4, '\0');
   int probe = 0x01020304;
   std::memcpy(hostInt.data(), &probe, 4);
