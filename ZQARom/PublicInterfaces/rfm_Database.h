@@ -51,6 +51,22 @@ public:
     return Repr().GetObjectLocationReport(offset);
   }
 
+  rfm_TableMetadata const* GetTableMetadata(cow_String const& name) const { return Repr().GetTableMetadata(name); }
+  rfm_TableMetadata const* GetTableMetadata(utl_FileOffset const& handle) const {
+    return Repr().GetTableMetadata(handle);
+  }
+  utl_FileOffset GetTableMetadataHandle(cow_String const& name) const { return Repr().GetTableMetadataHandle(name); }
+  cow_List<cow_String> GetTableMetadataNames() const { return Repr().GetTableMetadataNames(); }
+  bool HasTable(cow_String const& name) const { return Repr().HasTable(name); }
+  void Bind() const { Repr().Bind(); }
+  rfm_TableMetadata* Bind(rfm_TableMetadata const& definition) const { return Repr().Bind(definition); }
+  cow_Map<cow_String, int> const& GetMapClassName2ClassVersion() const {
+    return Repr().GetMapClassName2ClassVersion();
+  }
+  void InsertInMapClassName2ClassVersion(cow_String const& className, int version) const {
+    Repr().InsertInMapClassName2ClassVersion(className, version);
+  }
+
   bool IsNull() const { return m_Repr.IsNull(); }
   rfm_DatabaseRepr& Repr() const { return m_Repr.GetRef(); }
 

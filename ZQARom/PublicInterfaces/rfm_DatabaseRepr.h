@@ -9,7 +9,11 @@
 #include "rfm_Type.h"
 #include "utl_FileOffset.h"
 
+class rfm_DBMetadata;
 class rfm_SpaceRepr;
+class rfm_TableMetadata;
+template <class K, class V>
+class cow_Map;
 
 // What a database is, whatever stores it: the operations that rfm_Database
 // forwards, and the factories of the objects stored in it.
@@ -45,8 +49,22 @@ public:
   // tagged stream, an array's element type, or a plain space.
   rfm_Type HandleType(rfm_Handle const& handle);
 
+  // The catalogue of tables (see rfm_DBMetadata).
+  rfm_TableMetadata const* GetTableMetadata(cow_String const& name) const;
+  rfm_TableMetadata const* GetTableMetadata(utl_FileOffset const& handle) const;
+  utl_FileOffset GetTableMetadataHandle(cow_String const& name) const;
+  cow_List<cow_String> GetTableMetadataNames() const;
+  bool HasTable(cow_String const& name) const;
+  void Bind();
+  rfm_TableMetadata* Bind(rfm_TableMetadata const& definition);
+  cow_Map<cow_String, int> const& GetMapClassName2ClassVersion() const;
+  void InsertInMapClassName2ClassVersion(cow_String const& className, int version);
+
 protected:
   rfm_DatabaseRepr() = default;
+
+  // The catalogue, owned; set by Create and Open.
+  rfm_DBMetadata* m_Metadata = nullptr;
 
   // Set once Create or Open has completed; only then does closing write.
   bool m_Opened = false;

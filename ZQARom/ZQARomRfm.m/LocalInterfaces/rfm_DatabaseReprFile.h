@@ -5,11 +5,10 @@
 #include "rfm_DatabaseRepr.h"
 #include "rfm_File.h"
 #include "rfm_Space.h"
+#include "rfm_StringManagerFile.h"
 
 #include <memory>
 #include <vector>
-
-class rfm_StringManager;
 
 // A database in a file: block 0, the chain of linkage groups that lists
 // where every object's bytes lie, and the objects themselves.
@@ -64,7 +63,7 @@ public:
 
   // What the spaces need of their database.
   rfm_FileRepr& File() const { return *m_File.Repr(); }
-  rfm_StringManager* StringManager() const { return m_StringManager; }
+  rfm_StringManager* StringManager() const { return &m_StringManager; }
   // The linkage of handle; raises the corrupt-file error for a handle
   // outside the groups. Slot 0 passes, so a chain's null end resolves.
   rfm_Linkage& Linkage(rfm_Handle handle);
@@ -91,15 +90,14 @@ private:
   void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group);
   void DumpGroupList();
   void DumpGroup(rfm_DatabaseGroup& group);
-  rfm_Space OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText);
+  // The space at handle, checked to begin with magic; the caller owns it.
+  rfm_SpaceRepr* OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText);
+  // A new space that begins with magic; the caller owns it.
+  rfm_SpaceRepr* NewWellKnownSpace(std::uint32_t magic);
   void Close();
 
   rfm_File m_File;
-  // The string pool and the metadata catalogue are stored at handles 1 and
-  // 3; their services build on these spaces.
-  rfm_Space m_StringPoolSpace;
-  rfm_Space m_MetadataSpace;
-  rfm_StringManager* m_StringManager = nullptr;
+  mutable rfm_StringManagerFile m_StringManager;
   GroupList m_Groups;
   std::unique_ptr<char[]> m_Scratch;  // one group's bytes, for all group I/O
   int m_FlushCount = 0;

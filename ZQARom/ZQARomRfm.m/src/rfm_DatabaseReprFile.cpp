@@ -4,6 +4,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "rfm_Block0.h"
+#include "rfm_DBMetadata.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_OffsetConverter.h"
@@ -50,6 +51,34 @@ cow_String rfm_DatabaseRepr::GetObjectLocationReport(utl_FileOffset const&) cons
   return atr_translate("Object location report not supported for this rfm database type.");
 }
 
+rfm_TableMetadata const* rfm_DatabaseRepr::GetTableMetadata(cow_String const& name) const {
+  return m_Metadata->FindTableMetadata(name);
+}
+
+rfm_TableMetadata const* rfm_DatabaseRepr::GetTableMetadata(utl_FileOffset const& handle) const {
+  return m_Metadata->FindTableMetadata(handle);
+}
+
+utl_FileOffset rfm_DatabaseRepr::GetTableMetadataHandle(cow_String const& name) const {
+  return m_Metadata->FindTableMetadataHandle(name);
+}
+
+cow_List<cow_String> rfm_DatabaseRepr::GetTableMetadataNames() const { return m_Metadata->GetTableMetadataNames(); }
+
+bool rfm_DatabaseRepr::HasTable(cow_String const& name) const { return m_Metadata->HasTable(name); }
+
+void rfm_DatabaseRepr::Bind() { m_Metadata->Bind(); }
+
+rfm_TableMetadata* rfm_DatabaseRepr::Bind(rfm_TableMetadata const& definition) { return m_Metadata->Bind(definition); }
+
+cow_Map<cow_String, int> const& rfm_DatabaseRepr::GetMapClassName2ClassVersion() const {
+  return m_Metadata->GetMapClassName2ClassVersion();
+}
+
+void rfm_DatabaseRepr::InsertInMapClassName2ClassVersion(cow_String const& className, int version) {
+  m_Metadata->InsertInMapClassName2ClassVersion(className, version);
+}
+
 rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
   rfm_Space space(Space(handle, -1));
   int words[3] = {};
@@ -69,14 +98,16 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
 rfm_DatabaseReprFile::rfm_DatabaseReprFile(rfm_File const& file) : m_File(file) {}
 
 rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
-  if (!m_Opened) return;
   // A destructor cannot raise: a failure to close is reported, and the file
   // keeps the state of its last successful flush.
   try {
-    Close();
+    if (m_Opened) Close();
   } catch (std::exception const& e) {
     std::fprintf(stderr, "%s\n", e.what());
   }
+  // The catalogue writes strings to the pool, so it goes first.
+  delete m_Metadata;
+  m_Metadata = nullptr;
 }
 
 void rfm_DatabaseReprFile::Close() {
@@ -114,11 +145,9 @@ void rfm_DatabaseReprFile::Create(cow_String const& magic, cow_String const& des
   m_Groups.clear();
   CreateGroup();
 
-  m_StringPoolSpace = rfm_Space(Space(-1));
-  m_StringPoolSpace.WriteInt(static_cast<int>(kRfmStringPoolMagic));
+  m_StringManager.Open(NewWellKnownSpace(kRfmStringPoolMagic));
   rfm_Space(Space(-1));
-  m_MetadataSpace = rfm_Space(Space(-1));
-  m_MetadataSpace.WriteInt(static_cast<int>(kRfmMetadataMagic));
+  m_Metadata = new rfm_DBMetadata(NewWellKnownSpace(kRfmMetadataMagic));
   m_Opened = true;
 }
 
@@ -157,20 +186,27 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
 
   m_Scratch.reset(new char[kGroupSize]);
   m_Groups = LoadGroupList();
-  m_StringPoolSpace = OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
-                                         "***ERROR: String space object is not where it belongs.");
-  m_MetadataSpace = OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
-                                       "***ERROR: Metadata table object is not where it belongs.");
+  m_StringManager.Open(OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
+                                         "***ERROR: String space object is not where it belongs."));
+  m_Metadata = new rfm_DBMetadata(OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
+                                                     "***ERROR: Metadata table object is not where it belongs."));
+  m_Metadata->Load();
   m_Opened = true;
 }
 
-rfm_Space rfm_DatabaseReprFile::OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText) {
-  rfm_Space space(Space(rfm_Handle(handle), -1));
+rfm_SpaceRepr* rfm_DatabaseReprFile::OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText) {
+  std::unique_ptr<rfm_SpaceRepr> space(Space(rfm_Handle(handle), -1));
   int first = 0;
   if (space->ReadIntArray(&first, 1) < 1 || static_cast<std::uint32_t>(first) != magic) {
     Raise(__LINE__, atr_translate(misplacedText));
   }
-  return space;
+  return space.release();
+}
+
+rfm_SpaceRepr* rfm_DatabaseReprFile::NewWellKnownSpace(std::uint32_t magic) {
+  std::unique_ptr<rfm_SpaceRepr> space(Space(-1));
+  space->WriteInt(static_cast<int>(magic));
+  return space.release();
 }
 
 bool rfm_DatabaseReprFile::IsMagic(rfm_File const& file, cow_String const& magic) {
@@ -203,6 +239,9 @@ rfm_Handle rfm_DatabaseReprFile::RootTableHandle() const { return rfm_Handle(kRf
 rfm_Handle rfm_DatabaseReprFile::RootTableHandle2() const { return rfm_Handle(kRfmRootTableHandle2); }
 
 void rfm_DatabaseReprFile::Flush() {
+  // The catalogue's records bring new strings to the pool: it goes first.
+  m_Metadata->Flush();
+  m_StringManager.Flush();
   if (ReadOnly()) return;
   DumpGroupList();
   File().Seek(kRfmFlushCountOffset);
@@ -218,8 +257,10 @@ bool rfm_DatabaseReprFile::Snap() {
   if (flushCount == m_FlushCount) return false;
   // The groups are read before the count is taken as seen: a failed reload
   // leaves the old view, and the next Snap tries again.
+  utl_FileOffset metadataLength = m_Metadata->Length();
   m_Groups = LoadGroupList();
   m_FlushCount = flushCount;
+  if (m_Metadata->Length() != metadataLength) m_Metadata->Load();
   return true;
 }
 
@@ -350,12 +391,10 @@ cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
   statistics.Append(atr_SubstituteFormat("Total Linkage Usage (bytes)=%20.0lf",
                                          static_cast<double>(m_Groups.size()) * kGroupSize));
   statistics.Append(atr_SubstituteFormat("Metadata Pool Size (bytes)=%20.0lf",
-                                         static_cast<double>(m_MetadataSpace.Length())));
+                                         static_cast<double>(m_Metadata->Length())));
   statistics.Append(atr_SubstituteFormat("String Pool Size (bytes)=%20.0lf",
-                                         static_cast<double>(m_StringPoolSpace.Length())));
-  // No string can be stored until the string pool's service is built on
-  // its space, so the pool holds none.
-  statistics.Append(atr_SubstituteFormat("String Pool Count (number of strings)=%d", 0));
+                                         static_cast<double>(m_StringManager.EndOffset())));
+  statistics.Append(atr_SubstituteFormat("String Pool Count (number of strings)=%d", m_StringManager.Count()));
   cow_List<cow_String> pool = GetObjStatistics(rfm_Handle(kRfmStringPoolHandle));
   statistics.Append(atr_SubstituteFormat("String Pool %s", pool.IsEmpty() ? cow_String() : pool.First()));
   return statistics;
