@@ -3,6 +3,8 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "omi_BtreeIterator.h"
+#include "rfm_StringManager.h"
 
 namespace {
 
@@ -44,7 +46,7 @@ void rfm_DBMetadata::Flush() { m_Buffer.Flush(); }
 utl_FileOffset rfm_DBMetadata::Length() const { return m_Buffer.Length(); }
 
 int rfm_DBMetadata::VersionOf(cow_String const& name, int fallback) const {
-  return m_ClassVersions.IsMember(name) ? *m_ClassVersions.ConstGet(name) : fallback;
+  return m_ClassVersions.IsMember(name) ? m_ClassVersions.ConstGet(name) : fallback;
 }
 
 void rfm_DBMetadata::Bind() {

@@ -3,6 +3,7 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "omi_BtreeIterator.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_StringManager.h"
 
