@@ -4,6 +4,7 @@
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_ReaderSemaphoreProxy.h"
 #include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -15,23 +16,12 @@
 
 namespace {
 
-using Message = nex_PrimException<atr_String, 1>;
-
 constexpr int kGroup = rfm_DatabaseReprFile::kGroupSize;
-
-rfm_Database CreateDatabase(cow_String const& name, char const* magic = "APP", bool preallocate = false) {
-  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, preallocate), magic, "a test database",
-                              1700000000);
-}
-
-rfm_Database OpenDatabase(cow_String const& name, utl_FileAccess access, char const* magic = "APP") {
-  return rfm_Database::Open(rfm_File::Open(name, access, false), magic);
-}
 
 std::string OpenError(cow_String const& name, char const* magic) {
   try {
-    OpenDatabase(name, utl_FileAccessRead, magic);
-  } catch (Message const& e) {
+    OpenTestDatabase(name, utl_FileAccessRead, magic);
+  } catch (rfm_TestMessage const& e) {
     return e.what();
   }
   return "opened";
@@ -84,7 +74,7 @@ private:
 TEST(DatabaseTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
   zqa_TestDir dir;
   cow_String name = dir.File("new.zdb");
-  CreateDatabase(name, "APPLICATION");
+  CreateTestDatabase(name, "APPLICATION");
 
   std::string bytes = zqa_ReadFileBytes(name);
   ASSERT_GE(bytes.size(), static_cast<std::size_t>(1024 + kGroup));
@@ -119,7 +109,7 @@ TEST(DatabaseTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFi
   zqa_TestDir dir;
   cow_String name = dir.File("flush.zdb");
   {
-    rfm_Database database = CreateDatabase(name, "APP", true);
+    rfm_Database database = CreateTestDatabase(name, "APP", true);
     EXPECT_EQ(1 << 20, static_cast<int>(zqa_ReadFileBytes(name).size()));
     database.Flush();
     database.Flush();
@@ -135,7 +125,7 @@ TEST(DatabaseTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFi
   EXPECT_EQ(static_cast<double>(bytes.size()), StoredDouble(bytes, 504));
 
   // A reader leaves block 0 as it found it.
-  { OpenDatabase(name, utl_FileAccessRead); }
+  { OpenTestDatabase(name, utl_FileAccessRead); }
   EXPECT_EQ(bytes, zqa_ReadFileBytes(name));
 }
 
@@ -143,7 +133,7 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
   zqa_TestDir dir;
   cow_String name = dir.File("groups.zdb");
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_DatabaseReprFile& repr = FileRepr(database);
     rfm_Handle last;
     for (int object = 4; object <= 511; ++object) last = WriteSpace(database, "x");
@@ -159,11 +149,11 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
     try {
       repr.Linkage(rfm_Handle(1025));
       FAIL() << "a handle beyond the last group resolved";
-    } catch (Message const& e) {
+    } catch (rfm_TestMessage const& e) {
       EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
                 e.what());
     }
-    EXPECT_THROW(database.Space(rfm_Handle(1025), -1), Message);
+    EXPECT_THROW(database.Space(rfm_Handle(1025), -1), rfm_TestMessage);
   }
   std::string bytes = zqa_ReadFileBytes(name);
   std::size_t group1 = static_cast<std::size_t>(StoredDouble(bytes, 1024 + 16));
@@ -171,7 +161,7 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
   ASSERT_LT(group1 + kGroup, bytes.size());
   EXPECT_EQ(0.0, StoredDouble(bytes, group1 + 16));
 
-  rfm_Database reopened = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database reopened = OpenTestDatabase(name, utl_FileAccessRead);
   EXPECT_EQ("in group one", ReadSpace(reopened, rfm_Handle(513)));
   EXPECT_EQ("x", ReadSpace(reopened, rfm_Handle(511)));
 }
@@ -179,7 +169,7 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
 TEST(DatabaseTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
   zqa_TestDir dir;
   cow_String name = dir.File("job.zdb");
-  { CreateDatabase(name, "ABCDE"); }
+  { CreateTestDatabase(name, "ABCDE"); }
   std::string const good = zqa_ReadFileBytes(name);
   std::string const quoted = std::string("\"") + name.CStr() + "\"";
 
@@ -242,7 +232,7 @@ TEST(DatabaseTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
 TEST(DatabaseTest, DescriptionCreationTimeAndStatistics) {
   zqa_TestDir dir;
   cow_String name = dir.File("about.zdb");
-  rfm_Database database = CreateDatabase(name);
+  rfm_Database database = CreateTestDatabase(name);
   EXPECT_EQ(cow_String("a test database"), database.Description());
   EXPECT_EQ(name, database.FileName());
   EXPECT_FALSE(database.ReadOnly());
@@ -298,7 +288,7 @@ TEST(DatabaseTest, DescriptionCreationTimeAndStatistics) {
 TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   zqa_TestDir dir;
   cow_String name = dir.File("shared.zdb");
-  rfm_Database writer = CreateDatabase(name);
+  rfm_Database writer = CreateTestDatabase(name);
   rfm_Handle first = WriteSpace(writer, "one");
   writer.Flush();
   EXPECT_FALSE(writer.Snap());
@@ -310,7 +300,7 @@ TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   if (child == 0) {
     int status = 0;
     try {
-      rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+      rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
       Require(ReadSpace(reader, first) == "one", "first contents");
       toParent.Send();
       toChild.Wait();  // the writer has written without flushing
@@ -353,9 +343,9 @@ TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
 TEST(DatabaseTest, ReadersHoldOffTheirSnapWhileAWritersTransactionRuns) {
   zqa_TestDir dir;
   cow_String name = dir.File("transaction.zdb");
-  rfm_Database writer = CreateDatabase(name);
+  rfm_Database writer = CreateTestDatabase(name);
   writer.Flush();
-  rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
   {
     rfm_ReaderSemaphoreProxy transaction(writer);
     WriteSpace(writer, "inside");

@@ -5,6 +5,7 @@
 #include "rfm_MemoryIOS.h"
 #include "rfm_StringManager.h"
 #include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -14,19 +15,6 @@
 #include <vector>
 
 namespace {
-
-using Message = nex_PrimException<atr_String, 1>;
-
-rfm_Database CreateDatabase(cow_String const& name) {
-  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, false), "APP", "", 0);
-}
-
-std::string SpaceBytes(rfm_Space const& space) {
-  std::string bytes(static_cast<std::size_t>(space.Length()), '\0');
-  space.Seek(0);
-  if (!bytes.empty()) space.Read(bytes.data(), static_cast<int>(bytes.size()));
-  return bytes;
-}
 
 // Stores strings as their index in a list held in memory.
 class ListStringManager : public rfm_StringManager {
@@ -58,7 +46,7 @@ private:
 
 TEST(IOBufferTest, TypedArraysCrossBufferBoundariesInTheFileByteOrder) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("typed.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("typed.zdb"));
   rfm_Space space = database.Space(-1);
   {
     rfm_IOBuffer buffer(space.Repr(), 20);
@@ -95,7 +83,7 @@ TEST(IOBufferTest, TypedArraysCrossBufferBoundariesInTheFileByteOrder) {
 
 TEST(IOBufferTest, BytesMoveInAnyChunkSizeAroundOrThroughTheBuffer) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("bytes.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("bytes.zdb"));
   rfm_Space space = database.Space(-1);
   std::string content;
   for (int i = 0; i < 5000; ++i) content.push_back(static_cast<char>(i * 7 % 251));
@@ -134,14 +122,14 @@ TEST(IOBufferTest, PrepWriteChecksBeforeTouchingTheBuffer) {
   zqa_TestDir dir;
   cow_String name = dir.File("prep.zdb");
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_Space space = database.Space(-1);
     rfm_IOBuffer buffer(space.Repr(), 16);
     buffer.Write("1234", 4);
     try {
       buffer.PrepWrite(17, 1);
       FAIL();
-    } catch (Message const& e) {
+    } catch (rfm_TestMessage const& e) {
       EXPECT_STREQ("rfm_IOBuffer::PrepWrite: Quantum is too large for buffer.", e.what());
     }
     EXPECT_EQ(4, buffer.Location());
@@ -155,13 +143,13 @@ TEST(IOBufferTest, PrepWriteChecksBeforeTouchingTheBuffer) {
   rfm_Space pool = reader.Space(rfm_Handle(1), -1);
   rfm_IOBuffer buffer(pool.Repr(), 0);
   EXPECT_EQ(rfm_IOBuffer::kDefaultSize, buffer.Size());
-  EXPECT_THROW(buffer.PrepWrite(4, 1), Message);
+  EXPECT_THROW(buffer.PrepWrite(4, 1), rfm_TestMessage);
   EXPECT_EQ(static_cast<int>(0xAAFFBBEE), buffer.ReadInt());
 }
 
 TEST(IOBufferTest, BufferedSpacesShareOneBufferAndAppendCopiesTheRest) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("append.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("append.zdb"));
   rfm_Space source = database.Space(-1);
   rfm_Space target = database.Space(-1);
   {
@@ -211,7 +199,7 @@ TEST(IOBufferTest, StringsTravelAsExternalStrings) {
   rfm_IOBuffer buffer(&memory, 20);
   EXPECT_EQ(3, buffer.ReadStringArray(back, 4));
   EXPECT_EQ(cow_String("alpha"), back[0]);
-  EXPECT_THROW(buffer.ReadString(), Message);
+  EXPECT_THROW(buffer.ReadString(), rfm_TestMessage);
 
   rfm_MemoryIOS withoutManager;
   try {

@@ -4,6 +4,7 @@
 #include "rfm_Database.h"
 #include "rfm_OffsetConverter.h"
 #include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -11,26 +12,6 @@
 #include <string>
 
 namespace {
-
-using Message = nex_PrimException<atr_String, 1>;
-
-rfm_Database CreateDatabase(cow_String const& name) {
-  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, false), "APP", "", 0);
-}
-
-rfm_Database OpenDatabase(cow_String const& name, utl_FileAccess access) {
-  return rfm_Database::Open(rfm_File::Open(name, access, false), "");
-}
-
-template <class Body>
-std::string MessageOf(Body body) {
-  try {
-    body();
-  } catch (Message const& e) {
-    return e.what();
-  }
-  return "no exception";
-}
 
 rfm_TableMetadata Nodes(int version) {
   rfm_TableMetadata table("Nodes", version);
@@ -57,14 +38,14 @@ TEST(MetadataTest, RecordsHoldTheFieldsInNameOrderAndSurviveReopening) {
   zqa_TestDir dir;
   cow_String name = dir.File("layout.zdb");
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_TableMetadata* bound = database.Bind(Nodes(3));
     EXPECT_EQ(3, bound->GetVersionNumber());
     EXPECT_EQ(bound, database.Bind(Nodes(3)));
     database.Bind(rfm_TableMetadata("Empty", 1));
     EXPECT_EQ(cow_String("Metadata Pool Size (bytes)=                  64"), database.GetDBStatistics()[2]);
   }
-  rfm_Database database = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
   std::string bytes = MetadataBytes(database);
   ASSERT_EQ(64u, bytes.size());
   EXPECT_EQ(static_cast<int>(0xFAAAEBBB), StoredInt(bytes, 0));
@@ -99,7 +80,7 @@ TEST(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
   zqa_TestDir dir;
   cow_String name = dir.File("versions.zdb");
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_TableMetadata old("Nodes", 1);
     old.DefineIntField("id");
     old.DefineDoubleField("x");
@@ -113,7 +94,7 @@ TEST(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
   newer.DefineDoubleField("x");
   newer.DefineIntField("id");
   {
-    rfm_Database database = OpenDatabase(name, utl_FileAccessUpdate);
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate);
     database.InsertInMapClassName2ClassVersion("Nodes", 1);
     rfm_TableMetadata* bound = database.Bind(newer);
     EXPECT_EQ(1, bound->GetVersionNumber());
@@ -134,7 +115,7 @@ TEST(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
   }
   rfm_TableMetadata clash("Nodes", 2);
   clash.DefineIntField("x");
-  rfm_Database database = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
   EXPECT_EQ("***ERROR: Field type mismatch: x", MessageOf([&] { database.Bind(clash); }));
 }
 
@@ -167,10 +148,10 @@ TEST(MetadataTest, DescriptionsRefuseDuplicatesAndGradeHowRowsMayBeCopied) {
 TEST(MetadataTest, AReaderLearnsTablesAWriterAddsAfterItsSnap) {
   zqa_TestDir dir;
   cow_String name = dir.File("snap.zdb");
-  rfm_Database writer = CreateDatabase(name);
+  rfm_Database writer = CreateTestDatabase(name);
   writer.Bind(Nodes(1));
   writer.Flush();
-  rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
   EXPECT_FALSE(reader.HasTable("Edges"));
   rfm_TableMetadata edges("Edges", 1);
   edges.DefineHandleField("from");

@@ -5,6 +5,7 @@
 #include "rfm_HandleConverter.h"
 #include "rfm_OffsetConverter.h"
 #include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -13,12 +14,6 @@
 #include <string>
 
 namespace {
-
-using Message = nex_PrimException<atr_String, 1>;
-
-rfm_Database CreateDatabase(cow_String const& name) {
-  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, false), "APP", "", 0);
-}
 
 rfm_Linkage const& LinkageOf(rfm_Database const& database, rfm_Handle handle) {
   return static_cast<rfm_DatabaseReprFile&>(database.Repr()).Linkage(handle);
@@ -30,21 +25,11 @@ int ChainLength(rfm_Database const& database, rfm_Handle head) {
   return count;
 }
 
-template <class Body>
-std::string MessageOf(Body body) {
-  try {
-    body();
-  } catch (Message const& e) {
-    return e.what();
-  }
-  return "no exception";
-}
-
 }  // namespace
 
 TEST(SpaceTest, WritesGrowInQuantaAndASpaceAloneAtTheEndStaysOneExtent) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("alone.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("alone.zdb"));
   rfm_Space space = database.Space(-1);
   space.Write("0123456789", 10);
   EXPECT_EQ(10, space.Length());
@@ -67,7 +52,7 @@ TEST(SpaceTest, SpacesWrittenInTurnChainOneExtentPerTurn) {
   rfm_Handle first;
   rfm_Handle second;
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_Space a = database.Space(-1);
     rfm_Space b = database.Space(-1);
     for (int turn = 0; turn < 5; ++turn) {
@@ -96,7 +81,7 @@ TEST(SpaceTest, SpacesWrittenInTurnChainOneExtentPerTurn) {
 
 TEST(SpaceTest, SeekingAndReadingStopAtTheEnd) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("seek.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("seek.zdb"));
   rfm_Space space = database.Space(-1);
   space.WriteInt(7);
   space.WriteInt(8);
@@ -125,7 +110,7 @@ TEST(SpaceTest, SeekingAndReadingStopAtTheEnd) {
 
 TEST(SpaceTest, TruncateKeepsTheAllocationAndReusesTheExtents) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("truncate.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("truncate.zdb"));
   rfm_Space a = database.Space(-1);
   rfm_Space b = database.Space(-1);
   for (int turn = 0; turn < 3; ++turn) {
@@ -157,7 +142,7 @@ TEST(SpaceTest, TruncateKeepsTheAllocationAndReusesTheExtents) {
 TEST(SpaceTest, ReadOnlySpacesRefuseEveryWrite) {
   zqa_TestDir dir;
   cow_String name = dir.File("ro.zdb");
-  { CreateDatabase(name); }
+  { CreateTestDatabase(name); }
   rfm_Database database = rfm_Database::Open(rfm_File::Open(name, utl_FileAccessRead, false), "");
   rfm_Space pool = database.Space(rfm_Handle(1), -1);
   std::string const refused =
@@ -190,7 +175,7 @@ TEST(ConverterTest, OffsetsAreDoublesAndHandlesAreFourBytesOfEight) {
 
 TEST(SpaceTest, SpacesOfAPageOrMoreStartEveryExtentOnAPage) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("pages.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("pages.zdb"));
   rfm_Space small = database.Space(-1);
   rfm_Space paged = database.Space(8192);
   small.Write("abc", 3);

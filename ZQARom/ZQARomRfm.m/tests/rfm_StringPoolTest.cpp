@@ -4,6 +4,7 @@
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_OffsetConverter.h"
 #include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -12,25 +13,8 @@
 
 namespace {
 
-using Message = nex_PrimException<atr_String, 1>;
-
-rfm_Database CreateDatabase(cow_String const& name) {
-  return rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, false), "APP", "", 0);
-}
-
-rfm_Database OpenDatabase(cow_String const& name, utl_FileAccess access) {
-  return rfm_Database::Open(rfm_File::Open(name, access, false), "");
-}
-
 rfm_StringManagerFile& Pool(rfm_Database const& database) {
   return static_cast<rfm_StringManagerFile&>(*static_cast<rfm_DatabaseReprFile&>(database.Repr()).StringManager());
-}
-
-std::string SpaceBytes(rfm_Database const& database, int handle) {
-  rfm_Space space = database.Space(rfm_Handle(handle), -1);
-  std::string bytes(static_cast<std::size_t>(space.Length()), '\0');
-  space.Read(bytes.data(), static_cast<int>(bytes.size()));
-  return bytes;
 }
 
 // The offsets that a space holding external strings refers to.
@@ -49,7 +33,7 @@ TEST(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
   cow_String name = dir.File("pool.zdb");
   rfm_Handle handle;
   {
-    rfm_Database database = CreateDatabase(name);
+    rfm_Database database = CreateTestDatabase(name);
     rfm_Space strings = database.Space(-1);
     cow_String const values[5] = {"", "abcde", "abcdefgh", "abcde", ""};
     strings->WriteStringArray(values, 5);
@@ -57,7 +41,7 @@ TEST(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
     EXPECT_EQ(3, Pool(database).Count());
     EXPECT_EQ(4 + 4 + 12 + 12, Pool(database).EndOffset());
   }
-  rfm_Database database = OpenDatabase(name, utl_FileAccessUpdate);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate);
   std::string pool = SpaceBytes(database, 1);
   ASSERT_EQ(32u, pool.size());
   EXPECT_EQ(static_cast<int>(0xAAFFBBEE), StoredInt(pool, 0));
@@ -85,9 +69,9 @@ TEST(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
 TEST(StringPoolTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffsets) {
   zqa_TestDir dir;
   cow_String name = dir.File("lazy.zdb");
-  rfm_Database writer = CreateDatabase(name);
+  rfm_Database writer = CreateTestDatabase(name);
   writer.Flush();
-  rfm_Database reader = OpenDatabase(name, utl_FileAccessRead);
+  rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
 
   rfm_Space space = writer.Space(-1);
   space->WriteString("written later");
@@ -99,7 +83,7 @@ TEST(StringPoolTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffs
   try {
     Pool(reader).String(utl_FileOffset(5));
     FAIL() << "an offset between records resolved";
-  } catch (Message const& e) {
+  } catch (rfm_TestMessage const& e) {
     EXPECT_STREQ("rfm_StringManagerFile::String - String is not available.", e.what());
   }
   cow_List<cow_String> statistics = reader.GetDBStatistics();
@@ -108,7 +92,7 @@ TEST(StringPoolTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffs
 
 TEST(StringPoolTest, NeuterOverwritesInPlaceKeepingTheRecordsRoom) {
   zqa_TestDir dir;
-  rfm_Database database = CreateDatabase(dir.File("neuter.zdb"));
+  rfm_Database database = CreateTestDatabase(dir.File("neuter.zdb"));
   rfm_Space space = database.Space(-1);
   cow_String const values[2] = {"secret-text", "next"};
   space->WriteStringArray(values, 2);
