@@ -6,6 +6,11 @@
 #include "rfm_File.h"
 #include "rfm_Space.h"
 
+class rfm_Table;
+class rfm_TaggedStream;
+template <class T, rfm_Type Type>
+class rfm_Array;
+
 // A database by value: copies share one representation, which the last
 // copy closes. A database is one file holding any number of objects, each
 // named by a handle; a writer's changes reach the file at Flush, and a
@@ -29,6 +34,22 @@ public:
   static long GetCreationTime(rfm_File const& file);
 
   rfm_Space Space(int quantum) const { return rfm_Space(Repr().Space(quantum)); }
+
+  // Tables (cache rows below 0 mean 32), arrays and tagged streams, by handle
+  // or new; see rfm_DatabaseRepr.
+  rfm_Table Table(rfm_Handle handle, int quantum, int cacheRows) const;
+  rfm_Table Table(rfm_TableMetadata const& definition, int quantum, int cacheRows) const;
+  rfm_Table Table(cow_String const& name, int quantum, int cacheRows) const;
+  rfm_Array<int, rfm_TypeInt> ArrayInt(rfm_Handle handle, int quantum, int bufferSize) const;
+  rfm_Array<int, rfm_TypeInt> ArrayInt(int fieldsPerRow, int quantum, int bufferSize) const;
+  rfm_Array<float, rfm_TypeFloat> ArrayFloat(rfm_Handle handle, int quantum, int bufferSize) const;
+  rfm_Array<float, rfm_TypeFloat> ArrayFloat(int fieldsPerRow, int quantum, int bufferSize) const;
+  rfm_Array<double, rfm_TypeDouble> ArrayDouble(rfm_Handle handle, int quantum, int bufferSize) const;
+  rfm_Array<double, rfm_TypeDouble> ArrayDouble(int fieldsPerRow, int quantum, int bufferSize) const;
+  rfm_Array<cow_String, rfm_TypeString> ArrayString(rfm_Handle handle, int quantum, int bufferSize) const;
+  rfm_Array<cow_String, rfm_TypeString> ArrayString(int fieldsPerRow, int quantum, int bufferSize) const;
+  rfm_TaggedStream TaggedStream(rfm_Handle handle, int bufferSize) const;
+  rfm_TaggedStream TaggedStream(int bufferSize) const;
   rfm_Space Space(rfm_Handle const& handle, int quantum) const { return rfm_Space(Repr().Space(handle, quantum)); }
 
   cow_String FileName() const { return Repr().FileName(); }
