@@ -39,6 +39,10 @@ public:
   // for a table new to the file, a record written from definition.
   rfm_TableMetadata* Bind(rfm_TableMetadata const& definition);
 
+  // The bound description of the record at handle, binding the file's own
+  // description when no program has; raises when handle is no record.
+  rfm_TableMetadata* BindHandle(utl_FileOffset handle);
+
   bool HasTable(cow_String const& name) const;
   cow_List<cow_String> GetTableMetadataNames() const;
   // The bound description of a table, or null when it is not bound.
@@ -53,6 +57,7 @@ private:
   static constexpr utl_FileOffset kFirstRecord = 4;
   static constexpr int kBufferSize = 1024;
 
+  rfm_TableMetadata* BindRecord(cow_String const& name, utl_FileOffset handle);
   // The version a table is read under: the class version map's, else fallback.
   int VersionOf(cow_String const& name, int fallback) const;
 

@@ -70,6 +70,9 @@ public:
   utl_FileOffset GetTableMetadataHandle(cow_String const& name) const;
   cow_List<cow_String> GetTableMetadataNames() const;
   bool HasTable(cow_String const& name) const;
+  // The bound description of the catalogue record at handle, binding the
+  // file's own when no program has.
+  rfm_TableMetadata* BindTableMetadata(utl_FileOffset handle);
   void Bind();
   rfm_TableMetadata* Bind(rfm_TableMetadata const& definition);
   cow_Map<cow_String, int> const& GetMapClassName2ClassVersion() const;

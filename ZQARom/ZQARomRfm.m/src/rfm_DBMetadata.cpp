@@ -14,6 +14,10 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DBMetadata";
   nex_ThrowMessage(kSourcePath, line, atr_translate("***ERROR: Metadata is corrupt in ZORBEX database file."));
 }
 
+[[noreturn]] void RaiseNoHandle(int line) {
+  nex_ThrowMessage(kSourcePath, line, atr_translate("***ERROR: Can't find metadata with handle."));
+}
+
 }  // namespace
 
 rfm_DBMetadata::rfm_DBMetadata(rfm_SpaceRepr* space) : m_Space(space), m_Buffer(space, kBufferSize) {}
@@ -51,12 +55,24 @@ int rfm_DBMetadata::VersionOf(cow_String const& name, int fallback) const {
 
 void rfm_DBMetadata::Bind() {
   for (omi_BtreeIterator<cow_String, utl_FileOffset> it(m_Name2Handle); !it.IsDone(); it.Next()) {
-    utl_FileOffset handle = it.CurrentValue();
-    if (m_Handle2Table.IsMember(handle)) continue;
-    m_Buffer.Seek(handle);
-    std::unique_ptr<rfm_TableMetadata> table(new rfm_TableMetadata(m_Buffer, VersionOf(it.CurrentKey(), 0)));
-    m_Handle2Table.Insert(handle, table.release());
+    BindRecord(it.CurrentKey(), it.CurrentValue());
   }
+}
+
+rfm_TableMetadata* rfm_DBMetadata::BindRecord(cow_String const& name, utl_FileOffset handle) {
+  if (m_Handle2Table.IsMember(handle)) return m_Handle2Table.ConstGet(handle);
+  m_Buffer.Seek(handle);
+  std::unique_ptr<rfm_TableMetadata> table(new rfm_TableMetadata(m_Buffer, VersionOf(name, 0)));
+  m_Handle2Table.Insert(handle, table.get());
+  return table.release();
+}
+
+rfm_TableMetadata* rfm_DBMetadata::BindHandle(utl_FileOffset handle) {
+  if (m_Handle2Table.IsMember(handle)) return m_Handle2Table.ConstGet(handle);
+  for (omi_BtreeIterator<cow_String, utl_FileOffset> it(m_Name2Handle); !it.IsDone(); it.Next()) {
+    if (it.CurrentValue() == handle) return BindRecord(it.CurrentKey(), handle);
+  }
+  RaiseNoHandle(__LINE__);
 }
 
 rfm_TableMetadata* rfm_DBMetadata::Bind(rfm_TableMetadata const& definition) {
@@ -97,9 +113,7 @@ rfm_TableMetadata const* rfm_DBMetadata::FindTableMetadata(cow_String const& nam
 }
 
 rfm_TableMetadata const* rfm_DBMetadata::FindTableMetadata(utl_FileOffset const& handle) const {
-  if (!m_Handle2Table.IsMember(handle)) {
-    nex_ThrowMessage(kSourcePath, __LINE__, atr_translate("***ERROR: Can't find metadata with handle."));
-  }
+  if (!m_Handle2Table.IsMember(handle)) RaiseNoHandle(__LINE__);
   return m_Handle2Table.ConstGet(handle);
 }
 

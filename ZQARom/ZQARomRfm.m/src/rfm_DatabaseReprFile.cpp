@@ -69,6 +69,8 @@ bool rfm_DatabaseRepr::HasTable(cow_String const& name) const { return m_Metadat
 
 void rfm_DatabaseRepr::Bind() { m_Metadata->Bind(); }
 
+rfm_TableMetadata* rfm_DatabaseRepr::BindTableMetadata(utl_FileOffset handle) { return m_Metadata->BindHandle(handle); }
+
 rfm_TableMetadata* rfm_DatabaseRepr::Bind(rfm_TableMetadata const& definition) { return m_Metadata->Bind(definition); }
 
 cow_Map<cow_String, int> const& rfm_DatabaseRepr::GetMapClassName2ClassVersion() const {

@@ -1,0 +1,120 @@
+#ifndef rfm_TableRepr_h
+#define rfm_TableRepr_h
+
+#include "cow_List.h"
+#include "omi_Btree.h"
+#include "rfm_IOBuffer.h"
+#include "rfm_Row.h"
+#include "rfm_SpaceRepr.h"
+#include "rfm_TableMetadata.h"
+
+#include <memory>
+#include <vector>
+
+class rfm_DatabaseRepr;
+
+// A table: a space holding a header and rows of one fixed size, with a
+// cache of rows in memory that writes back in row order.
+//
+//  offset  size                   content
+//       0     4                   0xAAAFBBBE
+//       4     4                   table flush count, starts at 0
+//       8     4                   metadata handle: offset of the table's record in the catalogue
+//      12     row size * rows     the rows in row order, without gaps
+//
+// There is no row count on disk: it is (length - 12) / row size, rounded
+// to the nearest whole row. Positions number the present fields in name
+// order; the row layout is in rfm_RowImpl.
+//
+// Invariants: rows below m_RowsOnDisk are in the file; every row at or above
+// it is in the cache until written; writing back never leaves a gap in the
+// file's tail; a row that an application holds is never dropped.
+class ZQA_EXPORT rfm_TableRepr : public mem_AllocationOperators {
+public:
+  // A new table for a bound description. cacheRows below 0 means 32.
+  rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* metadata, int quantum, int cacheRows);
+  // The existing table at handle.
+  rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int cacheRows);
+  ~rfm_TableRepr();
+  rfm_TableRepr(rfm_TableRepr const&) = delete;
+  rfm_TableRepr& operator=(rfm_TableRepr const&) = delete;
+
+  rfm_Row NewRow();
+  rfm_Row UpdateRow(int row);
+  rfm_Row ReadRow(int row);
+  bool RowExists(int row) const;
+  // Appends the rows of other, as bytes when the layouts are the same, else
+  // field by field by name; strings move through this table's pool.
+  void Append(rfm_TableRepr& other);
+  int CopyAllowed(rfm_TableRepr const& other) const { return m_Metadata->CopyAllowed(*other.m_Metadata); }
+  rfm_FieldMetadata const& GetFieldMD(rfm_FieldHandle const& handle) const { return m_Metadata->GetFieldMD(handle); }
+  rfm_MapName2FieldMetadata const& GetFieldMap() const { return m_Metadata->FieldMap(); }
+  rfm_TableMetadata const& TableMetadata() const { return *m_Metadata; }
+  // The field's index in the description, or -1.
+  int Index(cow_String const& name) const;
+  rfm_Type Type(cow_String const& name) const;
+  int RowSize() const { return m_RowSize; }
+  // Reserves room in the file for rows more rows.
+  void Extend(int rows);
+  int GetFlushCount() const { return m_TableFlushCount; }
+  int Snap();
+  int Flush();
+  void Truncate(int rows);
+  void Seek(int row) { m_Cursor = row; }
+  int Location() const { return m_Cursor; }
+  int Length() const { return m_RowCount; }
+  rfm_Handle Handle() const { return m_Space->Handle(); }
+  rfm_StringManager* StringManager() const { return m_Space->StringManager(); }
+  utl_FileOffset SpaceAllocation() const { return m_Space->Allocation(); }
+  utl_FileOffset SpaceLength() const { return m_Space->Length(); }
+  cow_List<cow_String> GetObjStatistics() const;
+
+  // For rows: the layout.
+  int Position(rfm_FieldHandle const& handle) const;
+  int FieldOffset(int position) const { return m_FieldOffsets[static_cast<std::size_t>(position)]; }
+  int BitmapWords() const { return m_BitmapWords; }
+  rfm_TableMetadata const& Metadata() const { return *m_Metadata; }
+  bool ReadOnly() const { return m_Space->ReadOnly(); }
+
+private:
+  static constexpr int kDefaultCacheRows = 32;
+  static constexpr int kFlushCountOffset = 4;
+  static constexpr int kFirstRowOffset = 12;
+  static constexpr int kHeaderWords = 3;
+
+  void Setup();
+  int RowCountFromLength() const;
+  utl_FileOffset RowOffset(int row) const { return kFirstRowOffset + static_cast<utl_FileOffset>(row) * m_RowSize; }
+  rfm_Row FindOrLoad(int row, bool cullFirst, char const* missingText);
+  void LoadCache(int row);
+  void FlushOrCull(bool cull);
+  void CullCache();
+  // A row object for row, from the spares when there are any.
+  rfm_RowRepr* MakeRow(int row);
+  // Drops a cached row nobody holds, keeping its memory as a spare.
+  void DropRow(rfm_RowRepr* row);
+  void AppendRowByRow(rfm_TableRepr& other);
+
+  rfm_DatabaseRepr* m_Database;
+  rfm_TableMetadata* m_Metadata;  // owned by the catalogue
+  int m_PositionCount = 0;
+  int m_Cursor = 0;
+  int m_RowCount = 0;
+  int m_CacheRows;
+  bool m_Dirty = false;
+  int m_BitmapWords = 0;
+  int m_RowSize = 0;
+  std::vector<int> m_FieldOffsets;  // by position
+  omi_Btree<cow_String, int> m_Name2Position;
+  std::vector<int> m_PositionByIndex;  // -1 for a field the file's table lacks
+  std::unique_ptr<rfm_SpaceRepr> m_Space;
+  rfm_IOBuffer m_Buffer;
+  int m_TableFlushCount = 0;
+  int m_DatabaseFlushCountSeen;
+  int m_CacheBudget;
+  int m_RowsOnDisk = 0;
+  omi_Btree<int, rfm_RowRepr*> m_Cache;
+  std::vector<rfm_RowRepr*> m_Spares;
+};
+
+#endif
