@@ -9,6 +9,7 @@
 #include "rfm_Type.h"
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 
 class rfm_TableRepr;
@@ -50,8 +51,13 @@ public:
   rfm_MapName2FieldMetadata const& FieldMetadataMap() const;
 
   // For the table: the row's bytes, its number, its state.
-  void Pack();
-  void Unpack();
+  // The bitmap to and from the row's head; words are stored little-endian.
+  void Pack() {
+    for (int i = 0; i < m_WordCount; ++i) StoreWord(m_Bytes.get() + 4 * i, m_Presence[static_cast<std::size_t>(i)]);
+  }
+  void Unpack() {
+    for (int i = 0; i < m_WordCount; ++i) m_Presence[static_cast<std::size_t>(i)] = LoadWord(m_Bytes.get() + 4 * i);
+  }
   char* Bytes() { return m_Bytes.get(); }
   char const* Bytes() const { return m_Bytes.get(); }
   int RowNumber() const { return m_RowNumber; }
@@ -68,11 +74,29 @@ public:
   void SetPresenceBit(int position) { m_Presence[static_cast<std::size_t>(position) / 32] |= 1u << (position % 32); }
 
 private:
+  static void StoreWord(char* at, std::uint32_t word) {
+    unsigned char bytes[4] = {static_cast<unsigned char>(word), static_cast<unsigned char>(word >> 8),
+                              static_cast<unsigned char>(word >> 16), static_cast<unsigned char>(word >> 24)};
+    std::memcpy(at, bytes, 4);
+  }
+  static std::uint32_t LoadWord(char const* at) {
+    unsigned char bytes[4];
+    std::memcpy(bytes, at, 4);
+    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
+           static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
+  }
+
   // The offset of a field that may be read: verified, present, with data.
   int PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) const;
   // The offset of a field that may be written: verified and present.
   int PrepWriteField(rfm_FieldHandle const& handle, rfm_Type type);
-  rfm_TableRepr& TableRef() const;
+  // A row outlives its table only in an application's hands; using it then
+  // is a programming error.
+  rfm_TableRepr& TableRef() const {
+    if (m_Table == nullptr) RaiseDetached();
+    return *m_Table;
+  }
+  [[noreturn]] static void RaiseDetached();
   cow_String FieldName(rfm_FieldHandle const& handle) const;
   template <class T>
   T ReadNumber(rfm_FieldHandle const& handle, rfm_Type type) const;

@@ -71,6 +71,16 @@ public:
 
   // For rows: the layout.
   int Position(rfm_FieldHandle const& handle) const;
+  // The position of the field that handle names by index when it is present
+  // with data of type; -1 sends the caller the long way, through Verify, to
+  // find out what is wrong.
+  int PositionForType(rfm_FieldHandle const& handle, rfm_Type type) const {
+    if (!handle.ByIndex() || static_cast<std::size_t>(handle.Index()) >= m_TypeByIndex.size() ||
+        m_TypeByIndex[static_cast<std::size_t>(handle.Index())] != type) {
+      return -1;
+    }
+    return m_PositionByIndex[static_cast<std::size_t>(handle.Index())];
+  }
   int FieldOffset(int position) const { return m_FieldOffsets[static_cast<std::size_t>(position)]; }
   int BitmapWords() const { return m_BitmapWords; }
   rfm_TableMetadata const& Metadata() const { return *m_Metadata; }
@@ -82,6 +92,11 @@ private:
   static constexpr int kFirstRowOffset = 12;
   static constexpr int kHeaderWords = 3;
 
+  struct CacheEntry {
+    int m_Row;
+    rfm_RowRepr* m_Repr;
+  };
+
   void Setup();
   int RowCountFromLength() const;
   utl_FileOffset RowOffset(int row) const { return kFirstRowOffset + static_cast<utl_FileOffset>(row) * m_RowSize; }
@@ -89,11 +104,15 @@ private:
   void LoadCache(int row);
   void FlushOrCull(bool cull);
   void CullCache();
-  // A row object for row, from the spares when there are any.
-  rfm_RowRepr* MakeRow(int row);
+  // A row object for row, from the spares when there are any; cleared unless
+  // its bytes are about to be read.
+  rfm_RowRepr* MakeRow(int row, bool clear);
   // Drops a cached row nobody holds, keeping its memory as a spare.
   void DropRow(rfm_RowRepr* row);
   void AppendRowByRow(rfm_TableRepr& other);
+  rfm_RowRepr* CachedRow(int row) const;
+  // Where row is or would go in the cache.
+  std::vector<CacheEntry>::iterator CacheSlot(int row);
 
   rfm_DatabaseRepr* m_Database;
   rfm_TableMetadata* m_Metadata;  // owned by the catalogue
@@ -107,13 +126,18 @@ private:
   std::vector<int> m_FieldOffsets;  // by position
   omi_Btree<cow_String, int> m_Name2Position;
   std::vector<int> m_PositionByIndex;  // -1 for a field the file's table lacks
+  std::vector<rfm_Type> m_TypeByIndex;  // rfm_TypeNone for a field the file's table lacks
   std::unique_ptr<rfm_SpaceRepr> m_Space;
   rfm_IOBuffer m_Buffer;
   int m_TableFlushCount = 0;
   int m_DatabaseFlushCountSeen;
   int m_CacheBudget;
   int m_RowsOnDisk = 0;
-  omi_Btree<int, rfm_RowRepr*> m_Cache;
+  // The cached rows in ascending row order: rows are made and read ahead in
+  // ascending runs, so an insertion is nearly always at the end, and a
+  // lookup tries the entry after the last one found before it searches.
+  std::vector<CacheEntry> m_Cache;
+  mutable std::size_t m_LastFound = 0;
   std::vector<rfm_RowRepr*> m_Spares;
 };
 

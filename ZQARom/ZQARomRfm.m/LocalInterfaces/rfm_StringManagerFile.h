@@ -1,7 +1,7 @@
 #ifndef rfm_StringManagerFile_h
 #define rfm_StringManagerFile_h
 
-#include "omi_Btree.h"
+#include "omi_HashTable.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_StringManager.h"
 
@@ -54,10 +54,12 @@ private:
   static utl_FileOffset RecordSize(int length) { return 4 + ((static_cast<utl_FileOffset>(length) + 3) & ~3); }
   void Remember(cow_String const& text, utl_FileOffset offset);
 
+  // Every string of a row passes through these maps, strings are never
+  // forgotten, and nothing needs the keys in order: so they are hashed.
   std::unique_ptr<rfm_SpaceRepr> m_Space;
   utl_FileOffset m_NextFree = kFirstRecord;
-  omi_Btree<cow_String, utl_FileOffset> m_Name2Offset;
-  omi_Btree<utl_FileOffset, cow_String> m_Offset2Name;
+  omi_HashTable<cow_String, utl_FileOffset> m_Name2Offset;
+  omi_HashTable<utl_FileOffset, cow_String> m_Offset2Name;
   std::vector<cow_String> m_Pending;
 };
 

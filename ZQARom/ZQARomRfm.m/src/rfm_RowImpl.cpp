@@ -29,12 +29,7 @@ void rfm_RowImpl::Reset(int rowNumber) {
   m_Dirty = 0;
 }
 
-rfm_TableRepr& rfm_RowImpl::TableRef() const {
-  // A row outlives its table only in an application's hands; using it then
-  // is a programming error.
-  ZQA_ASSERT(kSourcePath, m_Table != nullptr);
-  return *m_Table;
-}
+void rfm_RowImpl::RaiseDetached() { nex_ThrowAssertion(kSourcePath, __LINE__, "m_Table != nullptr"); }
 
 rfm_MapName2FieldMetadata const& rfm_RowImpl::FieldMetadataMap() const { return TableRef().GetFieldMap(); }
 
@@ -44,6 +39,8 @@ cow_String rfm_RowImpl::FieldName(rfm_FieldHandle const& handle) const {
 
 int rfm_RowImpl::PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) const {
   rfm_TableRepr& table = TableRef();
+  int known = table.PositionForType(handle, type);
+  if (known >= 0 && PresenceBit(known)) return known;
   table.Metadata().Verify(handle, type);
   int position = table.Position(handle);
   if (position < 0 || !PresenceBit(position)) {
@@ -58,6 +55,8 @@ int rfm_RowImpl::PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) con
 int rfm_RowImpl::PrepWriteField(rfm_FieldHandle const& handle, rfm_Type type) {
   m_Dirty = 1;
   rfm_TableRepr& table = TableRef();
+  int known = table.PositionForType(handle, type);
+  if (known >= 0) return known;
   table.Metadata().Verify(handle, type);
   int position = table.Position(handle);
   if (position < 0) {
@@ -185,21 +184,5 @@ void rfm_RowImpl::CopyField(rfm_RowImpl const& source, rfm_FieldHandle const& ha
                        atr_translate("rfm_RowImpl::CopyField: Attempt to copy handle type field..  No can do."));
     default:
       ZQA_ASSERT(kSourcePath, !"Invalid field type.");
-  }
-}
-
-void rfm_RowImpl::Pack() {
-  if (g_Swap) {
-    omi_SwapperGuts::ExternalizeArray(m_Bytes.get(), m_Presence.get(), m_WordCount, 4);
-  } else {
-    std::memcpy(m_Bytes.get(), m_Presence.get(), 4 * static_cast<std::size_t>(m_WordCount));
-  }
-}
-
-void rfm_RowImpl::Unpack() {
-  if (g_Swap) {
-    omi_SwapperGuts::InternalizeArray(m_Presence.get(), m_Bytes.get(), m_WordCount, 4);
-  } else {
-    std::memcpy(m_Presence.get(), m_Bytes.get(), 4 * static_cast<std::size_t>(m_WordCount));
   }
 }

@@ -82,15 +82,17 @@ void rfm_StringManagerFile::Load() {
 }
 
 cow_String rfm_StringManagerFile::String(utl_FileOffset offset) {
-  if (!m_Offset2Name.IsMember(offset)) {
+  cow_String const* found = m_Offset2Name.Find(offset);
+  if (found == nullptr) {
     Load();
-    if (!m_Offset2Name.IsMember(offset)) RaiseNotAvailable(__LINE__);
+    found = m_Offset2Name.Find(offset);
+    if (found == nullptr) RaiseNotAvailable(__LINE__);
   }
-  return m_Offset2Name.ConstGet(offset);
+  return *found;
 }
 
 utl_FileOffset rfm_StringManagerFile::String(cow_String const& text) {
-  if (m_Name2Offset.IsMember(text)) return m_Name2Offset.ConstGet(text);
+  if (utl_FileOffset const* found = m_Name2Offset.Find(text)) return *found;
   utl_FileOffset offset = m_NextFree;
   Remember(text, offset);
   m_Pending.push_back(text);
@@ -106,7 +108,7 @@ void rfm_StringManagerFile::Flush() {
   std::vector<char> bytes(static_cast<std::size_t>(unwritten), '\0');
   utl_FileOffset cursor = 0;
   for (cow_String const& text : m_Pending) {
-    ZQA_ASSERT(kSourcePath, cursor == m_Name2Offset.ConstGet(text) - end);
+    ZQA_ASSERT(kSourcePath, cursor == *m_Name2Offset.Find(text) - end);
     StoreLength(bytes.data() + cursor, text.Length());
     std::memcpy(bytes.data() + cursor + 4, text.CStr(), static_cast<std::size_t>(text.Length()));
     cursor += RecordSize(text.Length());

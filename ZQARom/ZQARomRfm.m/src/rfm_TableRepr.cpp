@@ -80,12 +80,11 @@ rfm_TableRepr::~rfm_TableRepr() {
     std::fprintf(stderr, "%s\n", e.what());
   }
   // Rows that an application still holds outlive the table, detached.
-  for (omi_BtreeIterator<int, rfm_RowRepr*> it(m_Cache); !it.IsDone(); it.Next()) {
-    rfm_RowRepr* row = it.CurrentValue();
-    if (row->m_Uses > 0) {
-      row->m_Impl->Detach();
+  for (CacheEntry const& entry : m_Cache) {
+    if (entry.m_Repr->m_Uses > 0) {
+      entry.m_Repr->m_Impl->Detach();
     } else {
-      delete row;
+      delete entry.m_Repr;
     }
   }
   for (rfm_RowRepr* spare : m_Spares) delete spare;
@@ -100,6 +99,7 @@ void rfm_TableRepr::Setup() {
   m_BitmapWords = (m_PositionCount + 31) / 32;
   m_RowSize = 4 * m_BitmapWords;
   m_PositionByIndex.assign(static_cast<std::size_t>(m_Metadata->FieldCount()), -1);
+  m_TypeByIndex.assign(static_cast<std::size_t>(m_Metadata->FieldCount()), rfm_TypeNone);
   m_FieldOffsets.clear();
   m_Name2Position.Clear();
   int position = 0;
@@ -116,6 +116,7 @@ void rfm_TableRepr::Setup() {
     m_Name2Position.Insert(field.Name(), position);
     if (field.Index() >= 0 && field.Index() < m_Metadata->FieldCount()) {
       m_PositionByIndex[static_cast<std::size_t>(field.Index())] = position;
+      m_TypeByIndex[static_cast<std::size_t>(field.Index())] = field.Type();
     }
     m_RowSize += size;
     ++position;
@@ -146,17 +147,48 @@ bool rfm_TableRepr::RowExists(int row) const {
   return row < m_RowCount;
 }
 
-rfm_RowRepr* rfm_TableRepr::MakeRow(int row) {
+namespace {
+template <class Entry>
+bool RowBefore(Entry const& entry, int row) {
+  return entry.m_Row < row;
+}
+}  // namespace
+
+rfm_RowRepr* rfm_TableRepr::CachedRow(int row) const {
+  // Sequential access finds the row right after the last one found.
+  for (std::size_t guess : {m_LastFound, m_LastFound + 1}) {
+    if (guess < m_Cache.size() && m_Cache[guess].m_Row == row) {
+      m_LastFound = guess;
+      return m_Cache[guess].m_Repr;
+    }
+  }
+  auto found = std::lower_bound(m_Cache.begin(), m_Cache.end(), row, RowBefore<CacheEntry>);
+  if (found == m_Cache.end() || found->m_Row != row) return nullptr;
+  m_LastFound = static_cast<std::size_t>(found - m_Cache.begin());
+  return found->m_Repr;
+}
+
+std::vector<rfm_TableRepr::CacheEntry>::iterator rfm_TableRepr::CacheSlot(int row) {
+  if (m_Cache.empty() || m_Cache.back().m_Row < row) return m_Cache.end();
+  return std::lower_bound(m_Cache.begin(), m_Cache.end(), row, RowBefore<CacheEntry>);
+}
+
+rfm_RowRepr* rfm_TableRepr::MakeRow(int row, bool clear) {
   if (m_Spares.empty()) return new rfm_RowRepr(new rfm_RowImpl(*this, row));
   rfm_RowRepr* spare = m_Spares.back();
   m_Spares.pop_back();
-  spare->m_Impl->Reset(row);
+  if (clear) {
+    spare->m_Impl->Reset(row);
+  } else {
+    spare->m_Impl->SetRowNumber(row);
+    spare->m_Impl->SetDirty(false);
+  }
   return spare;
 }
 
 void rfm_TableRepr::DropRow(rfm_RowRepr* row) {
   // A table keeps at most a cache's worth of spares.
-  if (static_cast<int>(m_Spares.size()) < std::max(m_CacheRows, 1)) {
+  if (m_Spares.size() <= static_cast<std::size_t>(m_CacheRows)) {
     m_Spares.push_back(row);
   } else {
     delete row;
@@ -166,11 +198,11 @@ void rfm_TableRepr::DropRow(rfm_RowRepr* row) {
 rfm_Row rfm_TableRepr::NewRow() {
   m_Dirty = true;
   if (m_CacheBudget-- <= 0) CullCache();
-  rfm_RowRepr* row = MakeRow(m_RowCount);
+  rfm_RowRepr* row = MakeRow(m_RowCount, true);
   // A new row exists from now on, written or not: it reaches the file.
   row->m_Impl->SetDirty(true);
+  m_Cache.insert(CacheSlot(m_RowCount), CacheEntry{m_RowCount, row});
   ++m_RowCount;
-  m_Cache.Insert(row->m_Impl->RowNumber(), row);
   return rfm_Row(row);
 }
 
@@ -188,78 +220,79 @@ rfm_Row rfm_TableRepr::UpdateRow(int row) {
 rfm_Row rfm_TableRepr::FindOrLoad(int row, bool cullFirst, char const* missingText) {
   if (row < 0) row = m_Cursor;
   m_Cursor = row + 1;
-  if (!m_Cache.IsMember(row)) {
+  rfm_RowRepr* cached = CachedRow(row);
+  if (cached == nullptr) {
     // Reading culls at every miss; updating only when the budget is spent.
     if (m_CacheBudget-- <= 0 || cullFirst) CullCache();
     LoadCache(row);
-    if (!m_Cache.IsMember(row)) {
+    cached = CachedRow(row);
+    if (cached == nullptr) {
       atr_String text = atr_SubstituteFormat(atr_translate(missingText), m_Metadata->TableName(), row, m_RowCount);
       std::fprintf(stderr, "%s\n", text.CStr());
       Raise(__LINE__, text);
     }
   }
-  return rfm_Row(m_Cache.ConstGet(row));
+  return rfm_Row(cached);
 }
 
 void rfm_TableRepr::LoadCache(int row) {
   int budget = m_CacheRows;
   if (budget <= 0 || row < 0 || row >= m_RowCount) return;
-  while (budget > 0 && row < m_RowCount && m_Cache.IsMember(row)) {
+  auto slot = CacheSlot(row);
+  // Rows already cached count against the read-ahead.
+  while (budget > 0 && row < m_RowCount && slot != m_Cache.end() && slot->m_Row == row) {
     --budget;
     ++row;
+    ++slot;
   }
-  if (budget <= 0 || row >= m_RowCount) return;
+  int end = std::min(m_RowCount, row + budget);
+  if (slot != m_Cache.end()) end = std::min(end, slot->m_Row);
+  if (row >= end) return;
+  std::vector<CacheEntry> loaded;
+  loaded.reserve(static_cast<std::size_t>(end - row));
   m_Buffer.Seek(RowOffset(row));
-  for (; budget > 0 && row < m_RowCount && !m_Cache.IsMember(row); --budget, ++row) {
-    rfm_RowRepr* loaded = MakeRow(row);
-    rfm_RowImpl& impl = *loaded->m_Impl;
-    if (m_RowSize > 0) {
-      // A torn last row reads what there is; the rest stays zero.
-      m_Buffer.Read(impl.Bytes(), m_RowSize);
-    }
+  for (; row < end; ++row) {
+    rfm_RowRepr* repr = MakeRow(row, false);
+    rfm_RowImpl& impl = *repr->m_Impl;
+    loaded.push_back(CacheEntry{row, repr});
+    int got = m_RowSize > 0 ? m_Buffer.Read(impl.Bytes(), m_RowSize) : 0;
+    // A torn last row reads what there is; the rest is zero.
+    if (got < m_RowSize) std::memset(impl.Bytes() + got, 0, static_cast<std::size_t>(m_RowSize - got));
     impl.Unpack();
-    m_Cache.Insert(row, loaded);
   }
+  m_Cache.insert(slot, loaded.begin(), loaded.end());
 }
 
 void rfm_TableRepr::FlushOrCull(bool cull) {
-  std::vector<rfm_RowRepr*> rows;
-  rows.reserve(static_cast<std::size_t>(m_Cache.Size()));
-  for (omi_BtreeIterator<int, rfm_RowRepr*> it(m_Cache); !it.IsDone(); it.Next()) rows.push_back(it.CurrentValue());
-  std::vector<char> mustWrite(rows.size(), 0);
   if (!ReadOnly()) {
-    std::size_t i = 0;
-    for (; i < rows.size() && rows[i]->m_Impl->RowNumber() < m_RowsOnDisk; ++i) {
-      if (rows[i]->m_Impl->Dirty()) mustWrite[i] = 1;
-    }
+    std::size_t const count = m_Cache.size();
+    std::size_t first = 0;  // the first cached row at or above the rows on disk
+    while (first < count && m_Cache[first].m_Row < m_RowsOnDisk) ++first;
     // Above the rows on disk, everything up to the highest dirty row is
     // written, so the file's tail never has a gap.
-    std::size_t highest = rows.size();
-    for (std::size_t j = rows.size(); j > i; --j) {
-      if (rows[j - 1]->m_Impl->Dirty()) {
-        highest = j - 1;
-        break;
-      }
+    std::size_t end = count;
+    while (end > first && !m_Cache[end - 1].m_Repr->m_Impl->Dirty()) --end;
+    for (std::size_t i = 0; i < end; ++i) {
+      rfm_RowImpl& impl = *m_Cache[i].m_Repr->m_Impl;
+      if (i < first && !impl.Dirty()) continue;
+      m_Buffer.Seek(RowOffset(impl.RowNumber()));
+      impl.Pack();
+      if (m_RowSize > 0) m_Buffer.Write(impl.Bytes(), m_RowSize);
+      impl.SetDirty(false);
+      m_RowsOnDisk = std::max(m_RowsOnDisk, impl.RowNumber() + 1);
     }
-    if (highest < rows.size()) {
-      for (std::size_t j = i; j <= highest; ++j) mustWrite[j] = 1;
-    }
-  }
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    if (!mustWrite[i]) continue;
-    rfm_RowImpl& impl = *rows[i]->m_Impl;
-    m_Buffer.Seek(RowOffset(impl.RowNumber()));
-    impl.Pack();
-    if (m_RowSize > 0) m_Buffer.Write(impl.Bytes(), m_RowSize);
-    impl.SetDirty(false);
-    m_RowsOnDisk = std::max(m_RowsOnDisk, impl.RowNumber() + 1);
   }
   if (!cull) return;
-  for (rfm_RowRepr* row : rows) {
-    if (row->m_Uses >= 1) continue;
-    m_Cache.Remove(row->m_Impl->RowNumber());
-    DropRow(row);
+  std::size_t kept = 0;
+  for (CacheEntry const& entry : m_Cache) {
+    if (entry.m_Repr->m_Uses >= 1) {
+      m_Cache[kept++] = entry;
+    } else {
+      DropRow(entry.m_Repr);
+    }
   }
+  m_Cache.resize(kept);
+  m_LastFound = 0;
 }
 
 void rfm_TableRepr::CullCache() {
@@ -306,18 +339,16 @@ void rfm_TableRepr::Truncate(int rows) {
   if (ReadOnly()) Raise(__LINE__, atr_translate("***ERROR: Attempt to truncate read only table."));
   if (rows < 0) rows = 0;
   m_Cursor = 0;
-  std::vector<rfm_RowRepr*> above;
-  for (omi_BtreeIterator<int, rfm_RowRepr*> it(m_Cache); !it.IsDone(); it.Next()) {
-    if (it.CurrentKey() >= rows) above.push_back(it.CurrentValue());
-  }
-  for (rfm_RowRepr* row : above) {
-    m_Cache.Remove(row->m_Impl->RowNumber());
-    if (row->m_Uses > 0) {
-      row->m_Impl->Detach();
+  auto above = std::lower_bound(m_Cache.begin(), m_Cache.end(), rows, RowBefore<CacheEntry>);
+  for (auto it = above; it != m_Cache.end(); ++it) {
+    if (it->m_Repr->m_Uses > 0) {
+      it->m_Repr->m_Impl->Detach();
     } else {
-      DropRow(row);
+      DropRow(it->m_Repr);
     }
   }
+  m_Cache.erase(above, m_Cache.end());
+  m_LastFound = 0;
   m_RowCount = std::min(m_RowCount, rows);
   m_RowsOnDisk = std::min(m_RowsOnDisk, rows);
   m_Buffer.LocalFlush();
