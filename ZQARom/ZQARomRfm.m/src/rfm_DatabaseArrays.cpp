@@ -1,6 +1,7 @@
 #include "ZQABasAssert.h"
 #include "rfm_Array.h"
 #include "rfm_Database.h"
+#include "rfm_TaggedStream.h"
 
 #include <memory>
 
@@ -16,6 +17,14 @@ rfm_ArrayRepr* rfm_DatabaseRepr::Array(rfm_Type type, rfm_Handle const& handle, 
 
 rfm_ArrayRepr* rfm_DatabaseRepr::Array(rfm_Type type, int fieldsPerRow, int quantum, int bufferSize) {
   return new rfm_ArrayRepr(*this, type, fieldsPerRow, quantum, bufferSize);
+}
+
+rfm_TaggedStreamRepr* rfm_DatabaseRepr::TaggedStream(rfm_Handle const& handle, int bufferSize) {
+  return new rfm_TaggedStreamRepr(*this, handle, bufferSize);
+}
+
+rfm_TaggedStreamRepr* rfm_DatabaseRepr::TaggedStream(int bufferSize) {
+  return new rfm_TaggedStreamRepr(*this, bufferSize);
 }
 
 rfm_Array<int, rfm_TypeInt> rfm_Database::ArrayInt(rfm_Handle handle, int quantum, int bufferSize) const {
@@ -50,4 +59,12 @@ rfm_Array<cow_String, rfm_TypeString> rfm_Database::ArrayString(rfm_Handle handl
 rfm_Array<cow_String, rfm_TypeString> rfm_Database::ArrayString(int fieldsPerRow, int quantum,
                                                                 int bufferSize) const {
   return rfm_Array<cow_String, rfm_TypeString>(Repr().Array(rfm_TypeString, fieldsPerRow, quantum, bufferSize));
+}
+
+rfm_TaggedStream rfm_Database::TaggedStream(rfm_Handle handle, int bufferSize) const {
+  return rfm_TaggedStream(Repr().TaggedStream(handle, bufferSize));
+}
+
+rfm_TaggedStream rfm_Database::TaggedStream(int bufferSize) const {
+  return rfm_TaggedStream(Repr().TaggedStream(bufferSize));
 }
