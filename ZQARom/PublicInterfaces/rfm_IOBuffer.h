@@ -10,7 +10,9 @@
 // direction at a time. Everything goes through PrepRead and PrepWrite,
 // which grant a chunk of whole elements of a size (the quantum) in the
 // buffer; typed arrays are swapped straight between the buffer and the
-// caller's memory. Transfers of a buffer's size or more go around it.
+// caller's memory. Transfers of a buffer's size or more go around it: bytes
+// and typed reads always, typed writes when the host's byte order is the
+// file's (a swapped write needs the buffer, since the caller's array is const).
 //
 // Invariants:
 // - The buffer's first byte stands for the underlying location m_Start.

@@ -179,7 +179,22 @@ template <class T>
 int rfm_IOBuffer::ReadTyped(T* values, int count) {
   CheckArrayArguments(values, count, sizeof(T));
   int done = 0;
-  while (done < count && PrepRead(sizeof(T), count - done)) {
+  while (done < count) {
+    int rest = count - done;
+    if (rest * static_cast<int>(sizeof(T)) >= m_Size) {
+      // Large arrays go straight to the caller's memory and are swapped in
+      // place there. What the buffer read ahead is dropped and read again.
+      LocalFlush();
+      m_Underlying->Seek(m_Start);
+      int got = m_Underlying->Read(reinterpret_cast<char*>(values + done), rest * static_cast<int>(sizeof(T)));
+      int whole = got / static_cast<int>(sizeof(T));
+      // A torn last element stays unread, as through the buffer; its bytes
+      // may have reached the caller's element past the count returned.
+      m_Start += static_cast<utl_FileOffset>(whole) * static_cast<int>(sizeof(T));
+      if (SwapBytes() && whole > 0) omi_SwapperGuts::InternalizeArray(values + done, values + done, whole, sizeof(T));
+      return done + whole;
+    }
+    if (!PrepRead(sizeof(T), rest)) break;
     if (SwapBytes()) {
       omi_SwapperGuts::InternalizeArray(values + done, m_Chunk, m_ChunkCount, sizeof(T));
     } else {
@@ -195,7 +210,20 @@ void rfm_IOBuffer::WriteTyped(T const* values, int count, char const* failure) {
   CheckArrayArguments(values, count, sizeof(T));
   int done = 0;
   while (done < count) {
-    if (!PrepWrite(sizeof(T), count - done)) Raise(__LINE__, failure);
+    int rest = count - done;
+    if (!SwapBytes() && rest * static_cast<int>(sizeof(T)) >= m_Size) {
+      // Large arrays in the file's byte order go straight from the caller's
+      // memory, after what waits in the buffer.
+      if (ReadOnly()) rfm_IssueWritingToReadOnlyException();
+      LocalFlush();
+      m_Underlying->Seek(m_Start);
+      int bytes = rest * static_cast<int>(sizeof(T));
+      int written = m_Underlying->Write(reinterpret_cast<char const*>(values + done), bytes);
+      m_Start += written;
+      if (written < bytes) RaiseWriteFailed();
+      return;
+    }
+    if (!PrepWrite(sizeof(T), rest)) Raise(__LINE__, failure);
     if (SwapBytes()) {
       omi_SwapperGuts::ExternalizeArray(m_Chunk, values + done, m_ChunkCount, sizeof(T));
     } else {

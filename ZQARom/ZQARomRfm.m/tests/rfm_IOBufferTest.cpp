@@ -209,3 +209,51 @@ TEST(IOBufferTest, StringsTravelAsExternalStrings) {
     EXPECT_STREQ("manager != nullptr", e.what());
   }
 }
+
+namespace {
+
+// Counts the transfers that reach the object under a buffer.
+class CountingIOS : public rfm_MemoryIOS {
+public:
+  int Read(char* buffer, int count) override {
+    ++reads;
+    return rfm_MemoryIOS::Read(buffer, count);
+  }
+  int Write(char const* buffer, int count) override {
+    ++writes;
+    return rfm_MemoryIOS::Write(buffer, count);
+  }
+  int reads = 0;
+  int writes = 0;
+};
+
+}  // namespace
+
+TEST(IOBufferTest, LargeTypedArraysGoAroundTheBufferInWholeElements) {
+  CountingIOS memory;
+  std::vector<int> ints(103);
+  for (int i = 0; i < 103; ++i) ints[i] = i * 7 - 50;
+  {
+    rfm_IOBuffer buffer(&memory, 64);
+    buffer.WriteIntArray(ints.data(), 3);
+    buffer.WriteIntArray(ints.data() + 3, 100);
+    // What waited, then the large array in one transfer.
+    EXPECT_EQ(2, memory.writes);
+    EXPECT_EQ(412, buffer.Location());
+  }
+  ASSERT_EQ(412u, memory.bytes.size());
+  EXPECT_EQ(ints[50], StoredInt(memory.bytes, 200));
+
+  memory.bytes.append("\x01\x02", 2);  // a torn last element
+  memory.Seek(0);
+  rfm_IOBuffer buffer(&memory, 64);
+  int first = 0;
+  EXPECT_EQ(1, buffer.ReadIntArray(&first, 1));
+  std::vector<int> back(200);
+  memory.reads = 0;
+  EXPECT_EQ(102, buffer.ReadIntArray(back.data(), 200));
+  EXPECT_EQ(1, memory.reads);
+  EXPECT_EQ(std::vector<int>(ints.begin() + 1, ints.end()), std::vector<int>(back.begin(), back.begin() + 102));
+  EXPECT_EQ(412, buffer.Location());
+  EXPECT_EQ(0, buffer.ReadIntArray(back.data(), 1));
+}
