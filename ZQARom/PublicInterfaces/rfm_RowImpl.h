@@ -86,10 +86,12 @@ private:
            static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
   }
 
-  // The offset of a field that may be read: verified, present, with data.
+  // The position of a field that may be read: verified, present, with data.
   int PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) const;
-  // The offset of a field that may be written: verified and present.
+  // The position of a field that may be written: verified and present.
   int PrepWriteField(rfm_FieldHandle const& handle, rfm_Type type);
+  __attribute__((noinline)) int PrepReadFieldSlowly(rfm_FieldHandle const& handle, rfm_Type type) const;
+  __attribute__((noinline)) int PrepWriteFieldSlowly(rfm_FieldHandle const& handle, rfm_Type type) const;
   // A row outlives its table only in an application's hands; using it then
   // is a programming error.
   rfm_TableRepr& TableRef() const {

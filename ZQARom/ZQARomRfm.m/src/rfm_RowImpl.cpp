@@ -37,10 +37,15 @@ cow_String rfm_RowImpl::FieldName(rfm_FieldHandle const& handle) const {
   return handle.ByIndex() ? TableRef().GetFieldMD(handle).Name() : handle.Name();
 }
 
+// The fast road stays small; what it cannot decide goes the long way.
 int rfm_RowImpl::PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) const {
-  rfm_TableRepr& table = TableRef();
-  int known = table.PositionForType(handle, type);
+  int known = TableRef().PositionForType(handle, type);
   if (known >= 0 && PresenceBit(known)) return known;
+  return PrepReadFieldSlowly(handle, type);
+}
+
+int rfm_RowImpl::PrepReadFieldSlowly(rfm_FieldHandle const& handle, rfm_Type type) const {
+  rfm_TableRepr& table = TableRef();
   table.Metadata().Verify(handle, type);
   int position = table.Position(handle);
   if (position < 0 || !PresenceBit(position)) {
@@ -54,9 +59,12 @@ int rfm_RowImpl::PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) con
 
 int rfm_RowImpl::PrepWriteField(rfm_FieldHandle const& handle, rfm_Type type) {
   m_Dirty = 1;
+  int known = TableRef().PositionForType(handle, type);
+  return known >= 0 ? known : PrepWriteFieldSlowly(handle, type);
+}
+
+int rfm_RowImpl::PrepWriteFieldSlowly(rfm_FieldHandle const& handle, rfm_Type type) const {
   rfm_TableRepr& table = TableRef();
-  int known = table.PositionForType(handle, type);
-  if (known >= 0) return known;
   table.Metadata().Verify(handle, type);
   int position = table.Position(handle);
   if (position < 0) {
