@@ -39,4 +39,24 @@ void zqa_WriteFileBytes(cow_String const& path, std::string const& bytes);
 // drops to an unprivileged user, so that permission checks really apply.
 int zqa_RunInChild(std::function<void()> const& body, bool unprivileged = false);
 
+// One direction of a pipe between a test and its child processes: one side
+// sends a byte, the other waits for it. Raises when the other side is gone.
+class zqa_Signal {
+public:
+  zqa_Signal();
+  ~zqa_Signal();
+  zqa_Signal(zqa_Signal const&) = delete;
+  zqa_Signal& operator=(zqa_Signal const&) = delete;
+  void Send() const;
+  void Wait() const;
+
+private:
+  int m_Ends[2];
+};
+
+// Starts body in a forked child that runs beside the caller; its exit status
+// (as zqa_RunInChild's) comes from zqa_WaitChild.
+int zqa_StartChild(std::function<void()> const& body);
+int zqa_WaitChild(int child);
+
 #endif

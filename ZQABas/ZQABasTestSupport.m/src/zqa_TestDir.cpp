@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <stdexcept>
 #include <fstream>
 #include <ftw.h>
 #include <iterator>
@@ -40,23 +42,56 @@ void zqa_WriteFileBytes(cow_String const& path, std::string const& bytes) {
   out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-int zqa_RunInChild(std::function<void()> const& body, bool unprivileged) {
+namespace {
+
+pid_t Start(std::function<void()> const& body, bool unprivileged) {
   std::fflush(nullptr);
   pid_t child = ::fork();
-  if (child < 0) return -1;
-  if (child == 0) {
-    if (unprivileged && ::geteuid() == 0) {
-      if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) ::_exit(2);
-    }
-    int status = 0;
-    try {
-      body();
-    } catch (...) {
-      status = 1;
-    }
-    ::_exit(status);
+  if (child != 0) return child;
+  if (unprivileged && ::geteuid() == 0) {
+    if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) ::_exit(2);
   }
+  int status = 0;
+  try {
+    body();
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "child: %s\n", e.what());
+    status = 1;
+  } catch (...) {
+    status = 1;
+  }
+  ::_exit(status);
+}
+
+}  // namespace
+
+zqa_Signal::zqa_Signal() {
+  if (::pipe(m_Ends) != 0) throw std::runtime_error("pipe");
+}
+
+zqa_Signal::~zqa_Signal() {
+  ::close(m_Ends[0]);
+  ::close(m_Ends[1]);
+}
+
+void zqa_Signal::Send() const {
+  if (::write(m_Ends[1], "x", 1) != 1) throw std::runtime_error("signal lost");
+}
+
+void zqa_Signal::Wait() const {
+  char byte;
+  if (::read(m_Ends[0], &byte, 1) != 1) throw std::runtime_error("the other side went away");
+}
+
+int zqa_StartChild(std::function<void()> const& body) { return Start(body, false); }
+
+int zqa_WaitChild(int child) {
+  if (child < 0) return -1;
   int status = 0;
   if (::waitpid(child, &status, 0) != child) return -1;
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+int zqa_RunInChild(std::function<void()> const& body, bool unprivileged) {
+  return zqa_WaitChild(Start(body, unprivileged));
 }

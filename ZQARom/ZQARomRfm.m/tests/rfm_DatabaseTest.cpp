@@ -49,26 +49,6 @@ void Require(bool condition, char const* what) {
   if (!condition) throw std::runtime_error(what);
 }
 
-// One direction of a pipe between a test and its child process.
-class Signal {
-public:
-  Signal() {
-    if (::pipe(m_Ends) != 0) throw std::runtime_error("pipe");
-  }
-  ~Signal() {
-    ::close(m_Ends[0]);
-    ::close(m_Ends[1]);
-  }
-  void Send() const { Require(::write(m_Ends[1], "x", 1) == 1, "signal lost"); }
-  void Wait() const {
-    char byte;
-    Require(::read(m_Ends[0], &byte, 1) == 1, "the other side went away");
-  }
-
-private:
-  int m_Ends[2];
-};
-
 }  // namespace
 
 TEST(DatabaseTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
@@ -293,8 +273,8 @@ TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   writer.Flush();
   EXPECT_FALSE(writer.Snap());
 
-  Signal toChild;
-  Signal toParent;
+  zqa_Signal toChild;
+  zqa_Signal toParent;
   pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {

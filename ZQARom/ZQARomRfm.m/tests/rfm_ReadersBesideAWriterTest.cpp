@@ -1,0 +1,131 @@
+#include "rfm_Array.h"
+#include "rfm_ReaderSemaphoreProxy.h"
+#include "rfm_Table.h"
+#include "rfm_TestDatabase.h"
+#include "zqa_TestDir.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+constexpr int kBatch = 300;
+constexpr int kBatches = 12;
+
+void Require(bool condition, char const* what) {
+  if (!condition) throw std::runtime_error(what);
+}
+
+rfm_TableMetadata Samples() {
+  rfm_TableMetadata table("Samples", 1);
+  table.DefineIntField("i");
+  table.DefineDoubleField("v");
+  return table;
+}
+
+// A reader process: opens the file before the writer starts, then polls its
+// status, holds off while a transaction runs, snaps when the writer has
+// flushed, and checks that it sees whole batches of whole rows, in step
+// between table and array, until it has seen every batch.
+void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHandle, zqa_Signal const& ready) {
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  rfm_Table table = database.Table(tableHandle, -1, -1);
+  rfm_Array<double, rfm_TypeDouble> array = database.ArrayDouble(arrayHandle, -1, 0);
+  ready.Send();
+  int seen = 0;
+  int snaps = 0;
+  int transactions = 0;
+  auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  while (seen < kBatch * kBatches) {
+    Require(std::chrono::steady_clock::now() < deadline, "the writer's last batch never arrived");
+    rfm_FileStatus::RfmFileStatus status = database.FileStatus();
+    if (status == rfm_FileStatus::kInTransaction) {
+      ++transactions;
+    } else if (status == rfm_FileStatus::kFlushed && database.Snap()) {
+      table.Snap();
+      array.Snap();
+      int rows = table.Length();
+      Require(rows >= seen && rows % kBatch == 0, "rows beyond the last flush, or a partial batch");
+      Require(array.Length() == rows, "table and array flushed apart");
+      std::vector<double> values(static_cast<std::size_t>(rows));
+      array.Seek(0);
+      if (rows > 0) Require(array.Read(values.data(), rows) == rows, "array read");
+      for (int i = 0; i < rows; ++i) {
+        rfm_Row row = table.ReadRow(i);
+        Require(row.ReadFieldInt(rfm_FieldHandle(0)) == i, "row contents");
+        Require(row.ReadFieldDouble(rfm_FieldHandle(1)) == i * 0.5, "row contents");
+        Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array contents");
+      }
+      seen = rows;
+      ++snaps;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  // The reader followed the writer along, not only its end, and saw its
+  // transactions marked.
+  Require(snaps > kBatches / 2, "too few flushes seen");
+  Require(transactions > 0, "no transaction seen");
+}
+
+}  // namespace
+
+TEST(ReadersBesideAWriterTest, TwoReaderProcessesSeeEveryFlushAndNothingElse) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("live.zdb");
+  rfm_Database writer = CreateTestDatabase(name, "APP", true);
+  rfm_Table table = writer.Table(Samples(), -1, -1);
+  rfm_Array<double, rfm_TypeDouble> array = writer.ArrayDouble(1, -1, 0);
+  table.Flush();
+  array.Flush();
+  writer.Flush();
+
+  zqa_Signal ready;
+  int readers[2];
+  for (int& reader : readers) {
+    reader = zqa_StartChild([&] { Reader(name, table.Handle(), array.Handle(), ready); });
+  }
+  for (int i = 0; i < 2; ++i) ready.Wait();
+  for (int batch = 0; batch < kBatches; ++batch) {
+    {
+      rfm_ReaderSemaphoreProxy transaction(writer);
+      for (int i = batch * kBatch; i < (batch + 1) * kBatch; ++i) {
+        // Halfway through, the writer dawdles with half a batch written.
+        if (i % kBatch == kBatch / 2) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        rfm_Row row = table.NewRow();
+        row.WriteFieldInt(rfm_FieldHandle(0), i);
+        row.WriteFieldDouble(rfm_FieldHandle(1), i * 0.5);
+        double value = i * 0.25;
+        array.Write(&value, 1);
+      }
+      table.Flush();
+      array.Flush();
+      writer.Flush();
+    }
+    // Room for the readers to take this flush in before the next transaction.
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+  }
+  for (int reader : readers) EXPECT_EQ(0, zqa_WaitChild(reader));
+}
+
+TEST(ReadersBesideAWriterTest, AReaderIsToldOfAReplacedAndOfADeletedFile) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("moving.zdb");
+  { CreateTestDatabase(name); }
+  rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ(rfm_FileStatus::kUnchanged, reader.FileStatus());
+
+  cow_String replacement = dir.File("replacement.zdb");
+  {
+    rfm_Database other = rfm_Database::Create(rfm_File::Open(replacement, utl_FileAccessCreate, false), "APP", "",
+                                              1800000000);
+  }
+  ASSERT_EQ(0, std::rename(replacement.CStr(), name.CStr()));
+  EXPECT_EQ(rfm_FileStatus::kReplaced, reader.FileStatus());
+  EXPECT_EQ(rfm_FileStatus::kReplaced, reader.FileStatus());
+  ASSERT_EQ(0, ::unlink(name.CStr()));
+  EXPECT_EQ(rfm_FileStatus::kUnreadable, reader.FileStatus());
+}
