@@ -6,6 +6,7 @@
 //
 //   rfm_ArrayCompare [millions of doubles]     default 100; TMPDIR picks the folder
 
+#include "zqa_Bench.h"
 #include "rfm_Array.h"
 #include "rfm_Database.h"
 
@@ -29,24 +30,6 @@ constexpr int kFields = 3;
 constexpr int kBufferSize = 64 * 1024;
 constexpr int kRepeats = 3;
 
-struct Result {
-  double writeSeconds;
-  double readSeconds;
-};
-
-double Seconds(std::function<void()> const& work) {
-  auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-void Check(bool condition, char const* what) {
-  if (!condition) {
-    std::fprintf(stderr, "check failed: %s\n", what);
-    std::exit(1);
-  }
-}
-
 // The values of one call; every call of the run moves the same ones.
 std::vector<double> Pattern() {
   std::vector<double> block(kLargeCall);
@@ -54,24 +37,24 @@ std::vector<double> Pattern() {
   return block;
 }
 
-Result RawPass(std::string const& path, long long values, std::vector<double> const& block) {
-  Result result{};
+zqa_PassTimes RawPass(std::string const& path, long long values, std::vector<double> const& block) {
+  zqa_PassTimes result{};
   std::vector<double> back(kLargeCall);
   std::size_t const bytes = kLargeCall * sizeof(double);
-  result.writeSeconds = Seconds([&] {
+  result.writeSeconds = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0644);
-    Check(fd >= 0, "open for writing");
+    zqa_Check(fd >= 0, "open for writing");
     for (long long done = 0; done < values; done += kLargeCall) {
-      Check(::write(fd, block.data(), bytes) == static_cast<ssize_t>(bytes), "write");
+      zqa_Check(::write(fd, block.data(), bytes) == static_cast<ssize_t>(bytes), "write");
     }
     ::close(fd);
   });
-  result.readSeconds = Seconds([&] {
+  result.readSeconds = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_RDONLY);
-    Check(fd >= 0, "open for reading");
+    zqa_Check(fd >= 0, "open for reading");
     for (long long done = 0; done < values; done += kLargeCall) {
-      Check(::read(fd, back.data(), bytes) == static_cast<ssize_t>(bytes), "read");
-      Check(std::memcmp(back.data(), block.data(), bytes) == 0, "raw contents");
+      zqa_Check(::read(fd, back.data(), bytes) == static_cast<ssize_t>(bytes), "read");
+      zqa_Check(std::memcmp(back.data(), block.data(), bytes) == 0, "raw contents");
     }
     ::close(fd);
   });
@@ -80,13 +63,13 @@ Result RawPass(std::string const& path, long long values, std::vector<double> co
 }
 
 // Through an array of rows of kFields doubles, rowsPerCall rows per call.
-Result ArrayPass(std::string const& path, long long values, std::vector<double> const& block, int rowsPerCall) {
-  Result result{};
+zqa_PassTimes ArrayPass(std::string const& path, long long values, std::vector<double> const& block, int rowsPerCall) {
+  zqa_PassTimes result{};
   int const perCall = rowsPerCall * kFields;
   int const callsPerBlock = kLargeCall / perCall;
   int const blockValues = callsPerBlock * perCall;
   rfm_Handle handle;
-  result.writeSeconds = Seconds([&] {
+  result.writeSeconds = zqa_Seconds([&] {
     rfm_Database database =
         rfm_Database::Create(rfm_File::Open(path.c_str(), utl_FileAccessCreate, true), "BNCH", "benchmark", 0);
     DoubleArray array = database.ArrayDouble(kFields, 1 << 20, kBufferSize);
@@ -97,48 +80,37 @@ Result ArrayPass(std::string const& path, long long values, std::vector<double> 
     handle = array.Handle();
   });
   std::vector<double> back(kLargeCall);
-  result.readSeconds = Seconds([&] {
+  result.readSeconds = zqa_Seconds([&] {
     rfm_Database database = rfm_Database::Open(rfm_File::Open(path.c_str(), utl_FileAccessRead, false), "BNCH");
     DoubleArray array = database.ArrayDouble(handle, -1, kBufferSize);
     for (long long done = 0; done < values; done += blockValues) {
       for (int call = 0; call < callsPerBlock; ++call) {
-        Check(array.Read(back.data() + call * perCall, rowsPerCall) == perCall, "array read");
+        zqa_Check(array.Read(back.data() + call * perCall, rowsPerCall) == perCall, "array read");
       }
-      Check(std::memcmp(back.data(), block.data(), blockValues * sizeof(double)) == 0, "array contents");
+      zqa_Check(std::memcmp(back.data(), block.data(), blockValues * sizeof(double)) == 0, "array contents");
     }
   });
   ::unlink(path.c_str());
   return result;
 }
 
-Result Best(std::function<Result()> const& pass) {
-  Result best{1e30, 1e30};
-  for (int i = 0; i < kRepeats; ++i) {
-    Result r = pass();
-    best.writeSeconds = std::min(best.writeSeconds, r.writeSeconds);
-    best.readSeconds = std::min(best.readSeconds, r.readSeconds);
-  }
-  return best;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   long long millions = argc > 1 ? std::atoll(argv[1]) : 100;
-  Check(millions > 0, "millions of doubles");
+  zqa_Check(millions > 0, "millions of doubles");
   long long values = millions * 1000000;
-  char const* folder = std::getenv("TMPDIR");
-  std::string base = std::string(folder && *folder ? folder : "/tmp") + "/zqa-bench-" + std::to_string(::getpid());
+  std::string base = zqa_BenchPath("zqa-array");
   std::vector<double> block = Pattern();
 
-  Result raw = Best([&] { return RawPass(base + ".raw", values, block); });
-  Result large = Best([&] { return ArrayPass(base + ".zdb", values, block, kLargeCall / kFields); });
-  Result row = Best([&] { return ArrayPass(base + ".zdb", values, block, 1); });
+  zqa_PassTimes raw = zqa_Best(kRepeats, [&] { return RawPass(base + ".raw", values, block); });
+  zqa_PassTimes large = zqa_Best(kRepeats, [&] { return ArrayPass(base + ".zdb", values, block, kLargeCall / kFields); });
+  zqa_PassTimes row = zqa_Best(kRepeats, [&] { return ArrayPass(base + ".zdb", values, block, 1); });
 
   double mib = static_cast<double>(values) * sizeof(double) / (1 << 20);
   std::printf("%lld million doubles (%.0f MiB), best of %d, page cache warm\n", millions, mib, kRepeats);
   std::printf("%-36s %12s %12s %12s %12s\n", "", "write MiB/s", "read MiB/s", "write ratio", "read ratio");
-  auto line = [&](char const* name, Result const& r) {
+  auto line = [&](char const* name, zqa_PassTimes const& r) {
     std::printf("%-36s %12.0f %12.0f %12.2f %12.2f\n", name, mib / r.writeSeconds, mib / r.readSeconds,
                 raw.writeSeconds / r.writeSeconds, raw.readSeconds / r.readSeconds);
   };

@@ -6,6 +6,7 @@
 //
 //   rfm_BufferedSpaceCompare [MiB]     default 1024; TMPDIR picks the folder
 
+#include "zqa_Bench.h"
 #include "rfm_BufferedSpace.h"
 #include "rfm_Database.h"
 
@@ -26,24 +27,6 @@ constexpr int kLargeCall = 64 * 1024;
 constexpr int kSmallCall = 8;
 constexpr int kRepeats = 3;
 
-struct Result {
-  double writeSeconds;
-  double readSeconds;
-};
-
-double Seconds(std::function<void()> const& work) {
-  auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-void Check(bool condition, char const* what) {
-  if (!condition) {
-    std::fprintf(stderr, "check failed: %s\n", what);
-    std::exit(1);
-  }
-}
-
 // The bytes of one 64 KiB block; every block of the run is the same.
 std::vector<char> Pattern() {
   std::vector<char> block(kLargeCall);
@@ -51,23 +34,23 @@ std::vector<char> Pattern() {
   return block;
 }
 
-Result RawPass(std::string const& path, long long bytes, std::vector<char> const& block) {
-  Result result{};
+zqa_PassTimes RawPass(std::string const& path, long long bytes, std::vector<char> const& block) {
+  zqa_PassTimes result{};
   std::vector<char> back(kLargeCall);
-  result.writeSeconds = Seconds([&] {
+  result.writeSeconds = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0644);
-    Check(fd >= 0, "open for writing");
+    zqa_Check(fd >= 0, "open for writing");
     for (long long done = 0; done < bytes; done += kLargeCall) {
-      Check(::write(fd, block.data(), kLargeCall) == kLargeCall, "write");
+      zqa_Check(::write(fd, block.data(), kLargeCall) == kLargeCall, "write");
     }
     ::close(fd);
   });
-  result.readSeconds = Seconds([&] {
+  result.readSeconds = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_RDONLY);
-    Check(fd >= 0, "open for reading");
+    zqa_Check(fd >= 0, "open for reading");
     for (long long done = 0; done < bytes; done += kLargeCall) {
-      Check(::read(fd, back.data(), kLargeCall) == kLargeCall, "read");
-      Check(std::memcmp(back.data(), block.data(), kLargeCall) == 0, "raw contents");
+      zqa_Check(::read(fd, back.data(), kLargeCall) == kLargeCall, "read");
+      zqa_Check(std::memcmp(back.data(), block.data(), kLargeCall) == 0, "raw contents");
     }
     ::close(fd);
   });
@@ -78,11 +61,11 @@ Result RawPass(std::string const& path, long long bytes, std::vector<char> const
 // Through a buffered space of bufferSize bytes (0: the default) in calls of
 // Call bytes, a constant as in a caller that moves one value at a time.
 template <int Call>
-Result SpacePass(std::string const& path, long long bytes, std::vector<char> const& block, int bufferSize) {
+zqa_PassTimes SpacePass(std::string const& path, long long bytes, std::vector<char> const& block, int bufferSize) {
   constexpr int call = Call;
-  Result result{};
+  zqa_PassTimes result{};
   rfm_Handle handle;
-  result.writeSeconds = Seconds([&] {
+  result.writeSeconds = zqa_Seconds([&] {
     rfm_Database database =
         rfm_Database::Create(rfm_File::Open(path.c_str(), utl_FileAccessCreate, true), "BNCH", "benchmark", 0);
     rfm_BufferedSpace space(database.Space(kLargeCall), bufferSize);
@@ -93,48 +76,37 @@ Result SpacePass(std::string const& path, long long bytes, std::vector<char> con
     handle = space.Handle();
   });
   std::vector<char> back(kLargeCall);
-  result.readSeconds = Seconds([&] {
+  result.readSeconds = zqa_Seconds([&] {
     rfm_Database database = rfm_Database::Open(rfm_File::Open(path.c_str(), utl_FileAccessRead, false), "BNCH");
     rfm_BufferedSpace space(database.Space(handle, -1), bufferSize);
-    Check(space.Length() == bytes, "space length");
+    zqa_Check(space.Length() == bytes, "space length");
     for (long long done = 0; done < bytes; done += kLargeCall) {
-      for (int at = 0; at < kLargeCall; at += call) Check(space.Read(back.data() + at, call) == call, "space read");
-      Check(std::memcmp(back.data(), block.data(), kLargeCall) == 0, "space contents");
+      for (int at = 0; at < kLargeCall; at += call) zqa_Check(space.Read(back.data() + at, call) == call, "space read");
+      zqa_Check(std::memcmp(back.data(), block.data(), kLargeCall) == 0, "space contents");
     }
   });
   ::unlink(path.c_str());
   return result;
 }
 
-Result Best(std::function<Result()> const& pass) {
-  Result best{1e30, 1e30};
-  for (int i = 0; i < kRepeats; ++i) {
-    Result r = pass();
-    best.writeSeconds = std::min(best.writeSeconds, r.writeSeconds);
-    best.readSeconds = std::min(best.readSeconds, r.readSeconds);
-  }
-  return best;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   long long mebibytes = argc > 1 ? std::atoll(argv[1]) : 1024;
-  Check(mebibytes > 0, "size in MiB");
+  zqa_Check(mebibytes > 0, "size in MiB");
   long long bytes = mebibytes << 20;
-  char const* folder = std::getenv("TMPDIR");
-  std::string base = std::string(folder && *folder ? folder : "/tmp") + "/zqa-bench-" + std::to_string(::getpid());
+  std::string base = zqa_BenchPath("zqa-space");
   std::vector<char> block = Pattern();
 
-  Result raw = Best([&] { return RawPass(base + ".raw", bytes, block); });
-  Result large = Best([&] { return SpacePass<kLargeCall>(base + ".zdb", bytes, block, 0); });
-  Result small = Best([&] { return SpacePass<kSmallCall>(base + ".zdb", bytes, block, 0); });
-  Result smallLargeBuffer = Best([&] { return SpacePass<kSmallCall>(base + ".zdb", bytes, block, kLargeCall); });
+  zqa_PassTimes raw = zqa_Best(kRepeats, [&] { return RawPass(base + ".raw", bytes, block); });
+  zqa_PassTimes large = zqa_Best(kRepeats, [&] { return SpacePass<kLargeCall>(base + ".zdb", bytes, block, 0); });
+  zqa_PassTimes small = zqa_Best(kRepeats, [&] { return SpacePass<kSmallCall>(base + ".zdb", bytes, block, 0); });
+  zqa_PassTimes smallLargeBuffer = zqa_Best(kRepeats, [&] { return SpacePass<kSmallCall>(base + ".zdb", bytes, block, kLargeCall); });
 
   double mib = static_cast<double>(mebibytes);
   std::printf("%lld MiB, best of %d, page cache warm\n", mebibytes, kRepeats);
   std::printf("%-32s %12s %12s %12s %12s\n", "", "write MiB/s", "read MiB/s", "write ratio", "read ratio");
-  auto row = [&](char const* name, Result const& r) {
+  auto row = [&](char const* name, zqa_PassTimes const& r) {
     std::printf("%-32s %12.0f %12.0f %12.2f %12.2f\n", name, mib / r.writeSeconds, mib / r.readSeconds,
                 raw.writeSeconds / r.writeSeconds, raw.readSeconds / r.readSeconds);
   };

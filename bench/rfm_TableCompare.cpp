@@ -9,6 +9,7 @@
 // With "only" given as table, sqlite or plain, runs that pass alone (for a
 // profiler) and prints its times.
 
+#include "zqa_Bench.h"
 #include "rfm_Database.h"
 #include "rfm_Table.h"
 
@@ -31,42 +32,12 @@ namespace {
 constexpr int kLabels = 1000;
 constexpr int kRowBytes = 32;  // bitmap, int, two doubles, external string
 
-// Processor time spent in the library and in the kernel by the last timed
-// work, which tells the system calls' share.
-struct CpuSplit {
-  double user = 0;
-  double system = 0;
-};
-CpuSplit g_LastSplit;
-
-double CpuSeconds(timeval const& time) { return static_cast<double>(time.tv_sec) + time.tv_usec * 1e-6; }
-
-double Seconds(std::function<void()> const& work) {
-  rusage before;
-  ::getrusage(RUSAGE_SELF, &before);
-  auto start = std::chrono::steady_clock::now();
-  work();
-  double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  rusage after;
-  ::getrusage(RUSAGE_SELF, &after);
-  g_LastSplit.user = CpuSeconds(after.ru_utime) - CpuSeconds(before.ru_utime);
-  g_LastSplit.system = CpuSeconds(after.ru_stime) - CpuSeconds(before.ru_stime);
-  return elapsed;
-}
-
-void Check(bool condition, char const* what) {
-  if (!condition) {
-    std::fprintf(stderr, "check failed: %s\n", what);
-    std::exit(1);
-  }
-}
-
 struct Timing {
   double write = 0;
   double read = 0;
   double random = 0;
-  CpuSplit writeSplit;
-  CpuSplit readSplit;
+  zqa_CpuSplit writeSplit;
+  zqa_CpuSplit readSplit;
 };
 
 std::vector<cow_String> Labels() {
@@ -87,7 +58,7 @@ Timing TablePass(std::string const& path, int rows, std::vector<int> const& pick
   std::vector<cow_String> labels = Labels();
   rfm_FieldHandle const a(0), b(1), c(2), d(3);
   rfm_Handle handle;
-  timing.write = Seconds([&] {
+  timing.write = zqa_Seconds([&] {
     rfm_Database database =
         rfm_Database::Create(rfm_File::Open(path.c_str(), utl_FileAccessCreate, true), "BNCH", "", 0);
     rfm_TableMetadata layout("Rows", 1);
@@ -106,49 +77,49 @@ Timing TablePass(std::string const& path, int rows, std::vector<int> const& pick
     table.Flush();
     handle = table.Handle();
   });
-  timing.writeSplit = g_LastSplit;
+  timing.writeSplit = zqa_LastCpuSplit();
   rfm_Database database = rfm_Database::Open(rfm_File::Open(path.c_str(), utl_FileAccessRead, false), "BNCH");
-  timing.read = Seconds([&] {
+  timing.read = zqa_Seconds([&] {
     rfm_Table table = database.Table(handle, -1, -1);
-    Check(table.Length() == rows, "table length");
+    zqa_Check(table.Length() == rows, "table length");
     long long sum = 0;
     for (int i = 0; i < rows; ++i) {
       rfm_Row row = table.ReadRow(i);
       sum += row.ReadFieldInt(a) + static_cast<long long>(row.ReadFieldDouble(b)) +
              static_cast<long long>(row.ReadFieldDouble(c)) + row.ReadFieldString(d).Length();
     }
-    Check(sum != 0, "table contents");
+    zqa_Check(sum != 0, "table contents");
   });
-  timing.readSplit = g_LastSplit;
-  timing.random = Seconds([&] {
+  timing.readSplit = zqa_LastCpuSplit();
+  timing.random = zqa_Seconds([&] {
     rfm_Table table = database.Table(handle, -1, -1);
-    for (int pick : picks) Check(table.ReadRow(pick).ReadFieldInt(a) == pick, "random row");
+    for (int pick : picks) zqa_Check(table.ReadRow(pick).ReadFieldInt(a) == pick, "random row");
   });
   ::unlink(path.c_str());
   return timing;
 }
 
-void Exec(sqlite3* db, char const* sql) { Check(sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK, sql); }
+void Exec(sqlite3* db, char const* sql) { zqa_Check(sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK, sql); }
 
 Timing SqlitePass(std::string const& path, int rows, std::vector<int> const& picks) {
   Timing timing;
   std::vector<cow_String> labels = Labels();
-  timing.write = Seconds([&] {
+  timing.write = zqa_Seconds([&] {
     sqlite3* db = nullptr;
-    Check(sqlite3_open(path.c_str(), &db) == SQLITE_OK, "sqlite open");
+    zqa_Check(sqlite3_open(path.c_str(), &db) == SQLITE_OK, "sqlite open");
     Exec(db, "PRAGMA journal_mode=OFF");
     Exec(db, "PRAGMA synchronous=OFF");
     Exec(db, "CREATE TABLE rows(a INTEGER, b REAL, c REAL, d TEXT)");
     Exec(db, "BEGIN");
     sqlite3_stmt* insert = nullptr;
-    Check(sqlite3_prepare_v2(db, "INSERT INTO rows VALUES(?,?,?,?)", -1, &insert, nullptr) == SQLITE_OK, "prepare");
+    zqa_Check(sqlite3_prepare_v2(db, "INSERT INTO rows VALUES(?,?,?,?)", -1, &insert, nullptr) == SQLITE_OK, "prepare");
     for (int i = 0; i < rows; ++i) {
       cow_String const& label = labels[static_cast<std::size_t>(i % kLabels)];
       sqlite3_bind_int(insert, 1, i);
       sqlite3_bind_double(insert, 2, i * 0.5);
       sqlite3_bind_double(insert, 3, -i * 0.25);
       sqlite3_bind_text(insert, 4, label.CStr(), label.Length(), SQLITE_STATIC);
-      Check(sqlite3_step(insert) == SQLITE_DONE, "insert");
+      zqa_Check(sqlite3_step(insert) == SQLITE_DONE, "insert");
       sqlite3_reset(insert);
     }
     sqlite3_finalize(insert);
@@ -156,10 +127,10 @@ Timing SqlitePass(std::string const& path, int rows, std::vector<int> const& pic
     sqlite3_close(db);
   });
   sqlite3* db = nullptr;
-  Check(sqlite3_open(path.c_str(), &db) == SQLITE_OK, "sqlite reopen");
-  timing.read = Seconds([&] {
+  zqa_Check(sqlite3_open(path.c_str(), &db) == SQLITE_OK, "sqlite reopen");
+  timing.read = zqa_Seconds([&] {
     sqlite3_stmt* scan = nullptr;
-    Check(sqlite3_prepare_v2(db, "SELECT a,b,c,d FROM rows ORDER BY rowid", -1, &scan, nullptr) == SQLITE_OK, "scan");
+    zqa_Check(sqlite3_prepare_v2(db, "SELECT a,b,c,d FROM rows ORDER BY rowid", -1, &scan, nullptr) == SQLITE_OK, "scan");
     long long sum = 0;
     int count = 0;
     while (sqlite3_step(scan) == SQLITE_ROW) {
@@ -168,14 +139,14 @@ Timing SqlitePass(std::string const& path, int rows, std::vector<int> const& pic
       ++count;
     }
     sqlite3_finalize(scan);
-    Check(count == rows && sum != 0, "sqlite contents");
+    zqa_Check(count == rows && sum != 0, "sqlite contents");
   });
-  timing.random = Seconds([&] {
+  timing.random = zqa_Seconds([&] {
     sqlite3_stmt* lookup = nullptr;
-    Check(sqlite3_prepare_v2(db, "SELECT a FROM rows WHERE rowid=?", -1, &lookup, nullptr) == SQLITE_OK, "lookup");
+    zqa_Check(sqlite3_prepare_v2(db, "SELECT a FROM rows WHERE rowid=?", -1, &lookup, nullptr) == SQLITE_OK, "lookup");
     for (int pick : picks) {
       sqlite3_bind_int64(lookup, 1, pick + 1);
-      Check(sqlite3_step(lookup) == SQLITE_ROW && sqlite3_column_int(lookup, 0) == pick, "sqlite random row");
+      zqa_Check(sqlite3_step(lookup) == SQLITE_ROW && sqlite3_column_int(lookup, 0) == pick, "sqlite random row");
       sqlite3_reset(lookup);
     }
     sqlite3_finalize(lookup);
@@ -190,9 +161,9 @@ Timing RawPass(std::string const& path, int rows) {
   Timing timing;
   constexpr int kRowsPerChunk = 2048;
   std::vector<char> chunk(static_cast<std::size_t>(kRowsPerChunk) * kRowBytes);
-  timing.write = Seconds([&] {
+  timing.write = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0644);
-    Check(fd >= 0, "raw open");
+    zqa_Check(fd >= 0, "raw open");
     for (int done = 0; done < rows; done += kRowsPerChunk) {
       int n = std::min(kRowsPerChunk, rows - done);
       for (int i = 0; i < n; ++i) {
@@ -206,11 +177,11 @@ Timing RawPass(std::string const& path, int rows) {
         std::memcpy(row + 16, &c, 8);
         std::memset(row + 24, 0, 8);
       }
-      Check(::write(fd, chunk.data(), static_cast<std::size_t>(n) * kRowBytes) == n * kRowBytes, "raw write");
+      zqa_Check(::write(fd, chunk.data(), static_cast<std::size_t>(n) * kRowBytes) == n * kRowBytes, "raw write");
     }
     ::close(fd);
   });
-  timing.read = Seconds([&] {
+  timing.read = zqa_Seconds([&] {
     int fd = ::open(path.c_str(), O_RDONLY);
     long long sum = 0;
     ssize_t got;
@@ -222,7 +193,7 @@ Timing RawPass(std::string const& path, int rows) {
       }
     }
     ::close(fd);
-    Check(sum != 0, "raw contents");
+    zqa_Check(sum != 0, "raw contents");
   });
   ::unlink(path.c_str());
   return timing;
@@ -233,9 +204,8 @@ Timing RawPass(std::string const& path, int rows) {
 int main(int argc, char** argv) {
   int rows = argc > 1 ? std::atoi(argv[1]) : 10000000;
   int randomReads = argc > 2 ? std::atoi(argv[2]) : 1000000;
-  Check(rows > 0 && randomReads > 0, "arguments");
-  char const* folder = std::getenv("TMPDIR");
-  std::string base = std::string(folder && *folder ? folder : "/tmp") + "/zqa-table-" + std::to_string(::getpid());
+  zqa_Check(rows > 0 && randomReads > 0, "arguments");
+  std::string base = zqa_BenchPath("zqa-table");
   std::vector<int> picks = RandomRows(rows, randomReads);
 
   if (argc > 3) {
