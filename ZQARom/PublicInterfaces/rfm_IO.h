@@ -9,6 +9,9 @@
 // The byte order of every database file, whatever the host.
 constexpr int kRfmFileEndType = omi_LittleEndian;
 
+// Whether numbers of a database file must be swapped on this host.
+inline omi_Swapper rfm_FileOrder() { return omi_Swapper(kRfmFileEndType); }
+
 // Typed I/O over a flat sequence of bytes. Derived classes supply the raw
 // byte operations; the typed reads and writes here move ints, floats,
 // doubles and fixed-width strings in the file's fixed byte order.

@@ -5,11 +5,12 @@
 #include "mem_Alloc.h"
 #include "rfm_FieldHandle.h"
 #include "rfm_Handle.h"
+#include "rfm_IO.h"
+#include "rfm_IntConverter.h"
 #include "rfm_TableMetadata.h"
 #include "rfm_Type.h"
 
 #include <cstdint>
-#include <cstring>
 #include <memory>
 
 class rfm_TableRepr;
@@ -51,12 +52,18 @@ public:
   rfm_MapName2FieldMetadata const& FieldMetadataMap() const;
 
   // For the table: the row's bytes, its number, its state.
-  // The bitmap to and from the row's head; words are stored little-endian.
+  // The bitmap to and from the row's head, in the file's byte order.
   void Pack() {
-    for (int i = 0; i < m_WordCount; ++i) StoreWord(m_Bytes.get() + 4 * i, m_Presence[static_cast<std::size_t>(i)]);
+    omi_Swapper order = rfm_FileOrder();
+    for (int i = 0; i < m_WordCount; ++i) {
+      rfm_IntConverter::Externalize(order, m_Bytes.get() + 4 * i, static_cast<std::int32_t>(m_Presence[static_cast<std::size_t>(i)]));
+    }
   }
   void Unpack() {
-    for (int i = 0; i < m_WordCount; ++i) m_Presence[static_cast<std::size_t>(i)] = LoadWord(m_Bytes.get() + 4 * i);
+    omi_Swapper order = rfm_FileOrder();
+    for (int i = 0; i < m_WordCount; ++i) {
+      m_Presence[static_cast<std::size_t>(i)] = static_cast<std::uint32_t>(rfm_IntConverter::Internalize(order, m_Bytes.get() + 4 * i));
+    }
   }
   char* Bytes() { return m_Bytes.get(); }
   char const* Bytes() const { return m_Bytes.get(); }
@@ -74,18 +81,6 @@ public:
   void SetPresenceBit(int position) { m_Presence[static_cast<std::size_t>(position) / 32] |= 1u << (position % 32); }
 
 private:
-  static void StoreWord(char* at, std::uint32_t word) {
-    unsigned char bytes[4] = {static_cast<unsigned char>(word), static_cast<unsigned char>(word >> 8),
-                              static_cast<unsigned char>(word >> 16), static_cast<unsigned char>(word >> 24)};
-    std::memcpy(at, bytes, 4);
-  }
-  static std::uint32_t LoadWord(char const* at) {
-    unsigned char bytes[4];
-    std::memcpy(bytes, at, 4);
-    return static_cast<std::uint32_t>(bytes[0]) | static_cast<std::uint32_t>(bytes[1]) << 8 |
-           static_cast<std::uint32_t>(bytes[2]) << 16 | static_cast<std::uint32_t>(bytes[3]) << 24;
-  }
-
   // The position of a field that may be read: verified, present, with data.
   int PrepReadField(rfm_FieldHandle const& handle, rfm_Type type) const;
   // The position of a field that may be written: verified and present.

@@ -6,6 +6,7 @@
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_SpaceRepr.h"
+#include "rfm_Type.h"
 
 #include <memory>
 
@@ -25,11 +26,11 @@ class ZQA_EXPORT rfm_TaggedStreamRepr : public mem_AllocationOperators {
 public:
   // The tag types of the items. 5 is not one; 7 has no rfm_Type of its own.
   enum Tag {
-    kTagInt = 1,
-    kTagHandle = 2,
-    kTagFloat = 3,
-    kTagDouble = 4,
-    kTagString = 6,
+    kTagInt = rfm_TypeInt,
+    kTagHandle = rfm_TypeHandle,
+    kTagFloat = rfm_TypeFloat,
+    kTagDouble = rfm_TypeDouble,
+    kTagString = rfm_TypeString,
     kTagFixedString = 7,
   };
   static constexpr int kHeaderSize = 8;

@@ -1,3 +1,4 @@
+#include "rfm_IntConverter.h"
 #include "rfm_ArrayRepr.h"
 
 #include "ZQABasAssert.h"
@@ -47,12 +48,6 @@ constexpr int kElementsPerCall = 1 << 27;
 
 bool IsElementType(int type) {
   return type == rfm_TypeInt || type == rfm_TypeFloat || type == rfm_TypeDouble || type == rfm_TypeString;
-}
-
-std::uint32_t StoredWord(char const* bytes, bool swap) {
-  std::uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  return swap ? omi_SwapperGuts::Swap32(word) : word;
 }
 
 // Checks the arguments before anything is allocated: a new array that can
@@ -255,13 +250,13 @@ rfm_Handle rfm_ArrayRepr::CreateCopy(rfm_DatabaseRepr& from, rfm_DatabaseRepr& t
   if (chunkSize < kHeaderSize || source->Read(chunk.get(), chunkSize) != chunkSize) {
     Raise(__LINE__, "rfm_ArrayRepr::CreateCopy: Array read failed. (1)  File may be unusable.");
   }
-  if (StoredWord(chunk.get(), source->SwapBytes()) != kRfmArrayMagic) {
+  if (static_cast<std::uint32_t>(rfm_IntConverter::Internalize(rfm_FileOrder(), chunk.get())) != kRfmArrayMagic) {
     Raise(__LINE__,
           "rfm_ArrayRepr::CreateCopy: Handle is not to an Array object in ZDB/ZAE file.  File may be unusable.");
   }
   // The element type: external strings name records of from's pool, which
   // mean nothing in to's.
-  int const data = static_cast<int>(StoredWord(chunk.get() + 8, source->SwapBytes()));
+  int const data = rfm_IntConverter::Internalize(rfm_FileOrder(), chunk.get() + 8);
   ZQA_ASSERT(kSourcePath, data != rfm_TypeString);
 
   if (to.ReadOnly()) rfm_IssueWritingToReadOnlyException();

@@ -7,6 +7,7 @@
 #include "omi_Swapper.h"
 #include "rfm_Block0.h"
 #include "rfm_IO.h"
+#include "rfm_IntConverter.h"
 #include "rfm_ReaderSemaphore.h"
 #include "utl_File.h"
 
@@ -16,14 +17,6 @@
 namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DBStatusChecker";
-
-// The stored 32-bit word at the start of bytes, in the file's byte order.
-int StoredInt(char const* bytes) {
-  std::uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  if (omi_Swapper(kRfmFileEndType).Swap()) word = omi_SwapperGuts::Swap32(word);
-  return static_cast<int>(word);
-}
 
 }  // namespace
 
@@ -47,8 +40,8 @@ void rfm_DBStatusCheckerFile::GetFlushCountAndCreationTime(int& flushCount, int&
     nex_ThrowMessage(kSourcePath, __LINE__,
                      atr_SubstituteFormat(atr_translate("*** ERROR: File too short for a database: %s."), m_Name));
   }
-  flushCount = StoredInt(bytes);
-  creationTime = StoredInt(bytes + 4);
+  flushCount = rfm_IntConverter::Internalize(rfm_FileOrder(), bytes);
+  creationTime = rfm_IntConverter::Internalize(rfm_FileOrder(), bytes + 4);
 }
 
 rfm_FileStatus::RfmFileStatus rfm_DBStatusCheckerFile::Answer(rfm_FileStatus::RfmFileStatus status) {

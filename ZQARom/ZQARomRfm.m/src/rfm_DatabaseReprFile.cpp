@@ -18,8 +18,6 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
 
-omi_Swapper FileOrder() { return omi_Swapper(kRfmFileEndType); }
-
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
 // The application magic as stored: at most its first four characters.
@@ -297,7 +295,7 @@ rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
 void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group) {
   File().Seek(offset);
   if (File().Read(m_Scratch.get(), kGroupSize) != kGroupSize) RaiseCorrupt(__LINE__);
-  omi_Swapper order = FileOrder();
+  omi_Swapper order = rfm_FileOrder();
   group.m_Offset = offset;
   group.m_Dirty = false;
   group.m_Used = rfm_DatabaseGroup::kSlots;
@@ -324,7 +322,7 @@ void rfm_DatabaseReprFile::DumpGroup(rfm_DatabaseGroup& group) {
   if (!group.m_Dirty) return;
   group.m_Linkages[0].m_Allocation = 0;
   group.m_Linkages[0].m_Length = 0;
-  omi_Swapper order = FileOrder();
+  omi_Swapper order = rfm_FileOrder();
   char* bytes = m_Scratch.get();
   for (rfm_Linkage const& link : group.m_Linkages) {
     rfm_OffsetConverter::Externalize(order, bytes, link.m_Allocation);

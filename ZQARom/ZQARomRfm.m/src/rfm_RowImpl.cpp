@@ -13,7 +13,6 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_RowImpl";
 
-bool const g_Swap = omi_Swapper(kRfmFileEndType).Swap();
 
 }  // namespace
 
@@ -80,7 +79,7 @@ template <class T>
 T rfm_RowImpl::ReadNumber(rfm_FieldHandle const& handle, rfm_Type type) const {
   char const* at = m_Bytes.get() + m_Table->FieldOffset(PrepReadField(handle, type));
   T value;
-  if (g_Swap) {
+  if (rfm_FileOrder().Swap()) {
     omi_SwapperGuts::InternalizeArray(&value, at, 1, sizeof value);
   } else {
     std::memcpy(&value, at, sizeof value);
@@ -92,7 +91,7 @@ template <class T>
 void rfm_RowImpl::WriteNumber(rfm_FieldHandle const& handle, rfm_Type type, T value) {
   int position = PrepWriteField(handle, type);
   char* at = m_Bytes.get() + m_Table->FieldOffset(position);
-  if (g_Swap) {
+  if (rfm_FileOrder().Swap()) {
     omi_SwapperGuts::ExternalizeArray(at, &value, 1, sizeof value);
   } else {
     std::memcpy(at, &value, sizeof value);
@@ -123,7 +122,7 @@ double rfm_RowImpl::ReadFieldDouble(rfm_FieldHandle const& handle) const {
 
 rfm_Handle rfm_RowImpl::ReadFieldHandle(rfm_FieldHandle const& handle) const {
   int position = PrepReadField(handle, rfm_TypeHandle);
-  return rfm_HandleConverter::Internalize(omi_Swapper(kRfmFileEndType), m_Bytes.get() + m_Table->FieldOffset(position));
+  return rfm_HandleConverter::Internalize(rfm_FileOrder(), m_Bytes.get() + m_Table->FieldOffset(position));
 }
 
 cow_String rfm_RowImpl::ReadFieldString(rfm_FieldHandle const& handle) const {
@@ -145,7 +144,7 @@ void rfm_RowImpl::WriteFieldDouble(rfm_FieldHandle const& handle, double value) 
 
 void rfm_RowImpl::WriteFieldHandle(rfm_FieldHandle const& handle, rfm_Handle const& value) {
   int position = PrepWriteField(handle, rfm_TypeHandle);
-  rfm_HandleConverter::Externalize(omi_Swapper(kRfmFileEndType), m_Bytes.get() + m_Table->FieldOffset(position), value);
+  rfm_HandleConverter::Externalize(rfm_FileOrder(), m_Bytes.get() + m_Table->FieldOffset(position), value);
   SetPresenceBit(position);
 }
 

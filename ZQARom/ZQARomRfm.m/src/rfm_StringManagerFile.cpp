@@ -2,6 +2,7 @@
 
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
+#include "rfm_IntConverter.h"
 #include "rfm_OffsetConverter.h"
 
 #include <climits>
@@ -11,20 +12,9 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_StringManagerFile";
 
-omi_Swapper FileOrder() { return omi_Swapper(kRfmFileEndType); }
+int StoredLength(char const* bytes) { return rfm_IntConverter::Internalize(rfm_FileOrder(), bytes); }
 
-int StoredLength(char const* bytes) {
-  std::uint32_t word;
-  std::memcpy(&word, bytes, sizeof word);
-  if (FileOrder().Swap()) word = omi_SwapperGuts::Swap32(word);
-  return static_cast<int>(word);
-}
-
-void StoreLength(char* bytes, int length) {
-  auto word = static_cast<std::uint32_t>(length);
-  if (FileOrder().Swap()) word = omi_SwapperGuts::Swap32(word);
-  std::memcpy(bytes, &word, sizeof word);
-}
+void StoreLength(char* bytes, int length) { rfm_IntConverter::Externalize(rfm_FileOrder(), bytes, length); }
 
 [[noreturn]] void RaiseNotAvailable(int line) {
   nex_ThrowMessage(kSourcePath, line, atr_translate("rfm_StringManagerFile::String - String is not available."));
@@ -121,7 +111,7 @@ void rfm_StringManagerFile::Flush() {
 
 void rfm_StringManagerFile::Neuter(char const* external, cow_String const& replacement) {
   Flush();
-  utl_FileOffset offset = rfm_OffsetConverter::Internalize(FileOrder(), external);
+  utl_FileOffset offset = rfm_OffsetConverter::Internalize(rfm_FileOrder(), external);
   if (offset < kFirstRecord) RaiseNotAvailable(__LINE__);
   m_Space->Seek(offset);
   char head[4];
@@ -140,13 +130,13 @@ void rfm_StringManagerFile::Neuter(char const* external, cow_String const& repla
 
 void rfm_StringManagerFile::Internalize(char const* source, cow_String* strings, int count) {
   for (int i = 0; i < count; ++i) {
-    strings[i] = String(rfm_OffsetConverter::Internalize(FileOrder(), source + i * rfm_OffsetConverter::ExternalSize()));
+    strings[i] = String(rfm_OffsetConverter::Internalize(rfm_FileOrder(), source + i * rfm_OffsetConverter::ExternalSize()));
   }
 }
 
 void rfm_StringManagerFile::Externalize(char* target, cow_String const* strings, int count) {
   for (int i = 0; i < count; ++i) {
-    rfm_OffsetConverter::Externalize(FileOrder(), target + i * rfm_OffsetConverter::ExternalSize(), String(strings[i]));
+    rfm_OffsetConverter::Externalize(rfm_FileOrder(), target + i * rfm_OffsetConverter::ExternalSize(), String(strings[i]));
   }
 }
 

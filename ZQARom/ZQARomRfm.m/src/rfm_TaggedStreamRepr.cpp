@@ -43,8 +43,6 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_TaggedStreamRepr";
         "unusable.");
 }
 
-omi_Swapper FileOrder() { return omi_Swapper(kRfmFileEndType); }
-
 rfm_SpaceRepr* NewStreamSpace(rfm_DatabaseRepr& database) {
   if (database.ReadOnly()) rfm_IssueWritingToReadOnlyException();
   return database.Space(-1);
@@ -105,7 +103,7 @@ void rfm_TaggedStreamRepr::WriteDouble(int id, double value) {
 void rfm_TaggedStreamRepr::WriteHandle(int id, rfm_Handle value) {
   BeginItem(kTagHandle, id);
   char stored[rfm_HandleConverter::ExternalSize()];
-  rfm_HandleConverter::Externalize(FileOrder(), stored, value);
+  rfm_HandleConverter::Externalize(rfm_FileOrder(), stored, value);
   m_Buffer.Write(stored, rfm_HandleConverter::ExternalSize());
 }
 
@@ -140,7 +138,7 @@ bool rfm_TaggedStreamRepr::Next() {
       char stored[rfm_HandleConverter::ExternalSize()];
       Need(m_Buffer, sizeof stored);
       m_Buffer.Read(stored, sizeof stored);
-      m_HandleValue = rfm_HandleConverter::Internalize(FileOrder(), stored);
+      m_HandleValue = rfm_HandleConverter::Internalize(rfm_FileOrder(), stored);
       break;
     }
     case kTagFloat:

@@ -1,6 +1,7 @@
 #include "rfm_FileException.h"
 #include "rfm_FileReprLocal.h"
 #include "rfm_MemoryIOS.h"
+#include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -9,19 +10,6 @@
 #include <string>
 
 namespace {
-
-using Message = nex_PrimException<atr_String, 1>;
-
-// Raises unless body raises a Message with exactly the expected text.
-template <class Body>
-void ExpectMessage(char const* expected, Body body) {
-  try {
-    body();
-    ADD_FAILURE() << "no exception, expected: " << expected;
-  } catch (Message const& e) {
-    EXPECT_STREQ(expected, e.what());
-  }
-}
 
 // The byte order that is not the host's, to drive the swap path.
 int ForeignEndType() { return omi_Swapper::HostEndType() == omi_LittleEndian ? omi_BigEndian : omi_LittleEndian; }
@@ -92,21 +80,21 @@ TEST(IOTest, ShortArrayReadsReturnWholeElementsOnly) {
   EXPECT_EQ(0, file.ReadIntArray(values, 1));
 
   file.Seek(8);
-  ExpectMessage("***ERROR: Unexpected End Of File.", [&] { file.ReadInt(); });
+  EXPECT_EQ("***ERROR: Unexpected End Of File.", MessageOf([&] { file.ReadInt(); }));
   file.Seek(6);
-  ExpectMessage("***ERROR: Unexpected End Of File.", [&] { file.ReadDouble(); });
+  EXPECT_EQ("***ERROR: Unexpected End Of File.", MessageOf([&] { file.ReadDouble(); }));
 }
 
 TEST(IOTest, ArrayArgumentsAreChecked) {
   zqa_TestDir dir;
   rfm_FileReprLocal file(dir.File("args.bin"), utl_FileAccessCreate, false);
   int value = 0;
-  ExpectMessage("***ERROR: Invalid array pointer.", [&] { file.ReadIntArray(nullptr, 1); });
-  ExpectMessage("***ERROR: Invalid array pointer.", [&] { file.WriteDoubleArray(nullptr, 1); });
-  ExpectMessage("***ERROR: Invalid length when reading array.", [&] { file.ReadFloatArray(reinterpret_cast<float*>(&value), 0); });
+  EXPECT_EQ("***ERROR: Invalid array pointer.", MessageOf([&] { file.ReadIntArray(nullptr, 1); }));
+  EXPECT_EQ("***ERROR: Invalid array pointer.", MessageOf([&] { file.WriteDoubleArray(nullptr, 1); }));
+  EXPECT_EQ("***ERROR: Invalid length when reading array.", MessageOf([&] { file.ReadFloatArray(reinterpret_cast<float*>(&value), 0); }));
   // Writing deliberately reports the reading text.
-  ExpectMessage("***ERROR: Invalid length when reading array.", [&] { file.WriteIntArray(&value, 0); });
-  ExpectMessage("***ERROR: Invalid length when reading array.", [&] { file.WriteIntArray(&value, -3); });
+  EXPECT_EQ("***ERROR: Invalid length when reading array.", MessageOf([&] { file.WriteIntArray(&value, 0); }));
+  EXPECT_EQ("***ERROR: Invalid length when reading array.", MessageOf([&] { file.WriteIntArray(&value, -3); }));
   EXPECT_EQ(0, file.Location());
   EXPECT_EQ(0, file.LengthPysical());
 }
@@ -130,5 +118,5 @@ TEST(IOTest, FixedStringsHaveExactlyTheirWidth) {
   EXPECT_EQ(8, first.Length());
   EXPECT_STREQ("ZKRRAPP", first.CStr());
   EXPECT_EQ(cow_String("much"), file.ReadFixedString(4));
-  ExpectMessage("***ERROR: Unexpected End Of File.", [&] { file.ReadFixedString(4); });
+  EXPECT_EQ("***ERROR: Unexpected End Of File.", MessageOf([&] { file.ReadFixedString(4); }));
 }
