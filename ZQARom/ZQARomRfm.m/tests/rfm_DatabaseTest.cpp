@@ -51,7 +51,11 @@ void Require(bool condition, char const* what) {
 
 }  // namespace
 
-TEST(DatabaseTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
+using DatabaseTest = rfm_FileKindTest;
+RFM_INSTANTIATE_FOR_EACH_FILE_KIND(DatabaseTest);
+
+// Plain files only: the bytes on disk, which a compressed file packs.
+TEST(DatabasePlainFileTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
   zqa_TestDir dir;
   cow_String name = dir.File("new.zdb");
   CreateTestDatabase(name, "APPLICATION");
@@ -85,7 +89,8 @@ TEST(DatabaseTest, NewFileHasBlock0AndGroup0AsSpecifiedByteForByte) {
   EXPECT_EQ(static_cast<std::size_t>(1024 + kGroup + 8), bytes.size());
 }
 
-TEST(DatabaseTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFile) {
+// Plain files only: preallocation and the length on disk.
+TEST(DatabasePlainFileTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFile) {
   zqa_TestDir dir;
   cow_String name = dir.File("flush.zdb");
   {
@@ -109,7 +114,7 @@ TEST(DatabaseTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreallocatedFi
   EXPECT_EQ(bytes, zqa_ReadFileBytes(name));
 }
 
-TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
+TEST_P(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
   zqa_TestDir dir;
   cow_String name = dir.File("groups.zdb");
   {
@@ -135,7 +140,7 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
     }
     EXPECT_THROW(database.Space(rfm_Handle(1025), -1), rfm_TestMessage);
   }
-  std::string bytes = zqa_ReadFileBytes(name);
+  std::string bytes = LogicalFileBytes(name);
   std::size_t group1 = static_cast<std::size_t>(StoredDouble(bytes, 1024 + 16));
   EXPECT_EQ(512, StoredInt(bytes, 1024 + 24));
   ASSERT_LT(group1 + kGroup, bytes.size());
@@ -146,7 +151,8 @@ TEST(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {
   EXPECT_EQ("x", ReadSpace(reopened, rfm_Handle(511)));
 }
 
-TEST(DatabaseTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
+// Plain files only: damage written at offsets on disk.
+TEST(DatabasePlainFileTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
   zqa_TestDir dir;
   cow_String name = dir.File("job.zdb");
   { CreateTestDatabase(name, "ABCDE"); }
@@ -209,7 +215,7 @@ TEST(DatabaseTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) {
             OpenError(name, ""));
 }
 
-TEST(DatabaseTest, DescriptionCreationTimeAndStatistics) {
+TEST_P(DatabaseTest, DescriptionCreationTimeAndStatistics) {
   zqa_TestDir dir;
   cow_String name = dir.File("about.zdb");
   rfm_Database database = CreateTestDatabase(name);
@@ -265,7 +271,9 @@ TEST(DatabaseTest, DescriptionCreationTimeAndStatistics) {
   EXPECT_EQ(rfm_TypeDouble, database.HandleType(array.Handle()));
 }
 
-TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
+// Plain files only, as every reader beside a writer: a compressed file's
+// reader sees the file as of its open.
+TEST(DatabasePlainFileTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   zqa_TestDir dir;
   cow_String name = dir.File("shared.zdb");
   rfm_Database writer = CreateTestDatabase(name);
@@ -320,7 +328,8 @@ TEST(DatabaseTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) {
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 }
 
-TEST(DatabaseTest, ReadersHoldOffTheirSnapWhileAWritersTransactionRuns) {
+// Plain files only: a reader beside a writer, as above.
+TEST(DatabasePlainFileTest, ReadersHoldOffTheirSnapWhileAWritersTransactionRuns) {
   zqa_TestDir dir;
   cow_String name = dir.File("transaction.zdb");
   rfm_Database writer = CreateTestDatabase(name);

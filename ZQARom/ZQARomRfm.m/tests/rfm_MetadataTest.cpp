@@ -34,7 +34,10 @@ utl_FileOffset StoredOffset(std::string const& bytes, std::size_t at) {
 
 }  // namespace
 
-TEST(MetadataTest, RecordsHoldTheFieldsInNameOrderAndSurviveReopening) {
+using MetadataTest = rfm_FileKindTest;
+RFM_INSTANTIATE_FOR_EACH_FILE_KIND(MetadataTest);
+
+TEST_P(MetadataTest, RecordsHoldTheFieldsInNameOrderAndSurviveReopening) {
   zqa_TestDir dir;
   cow_String name = dir.File("layout.zdb");
   {
@@ -76,7 +79,7 @@ TEST(MetadataTest, RecordsHoldTheFieldsInNameOrderAndSurviveReopening) {
             MessageOf([&] { database.GetTableMetadataHandle("Edges"); }));
 }
 
-TEST(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
+TEST_P(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
   zqa_TestDir dir;
   cow_String name = dir.File("versions.zdb");
   {
@@ -119,7 +122,8 @@ TEST(MetadataTest, BindingReconcilesOlderAndNewerLayouts) {
   EXPECT_EQ("***ERROR: Field type mismatch: x", MessageOf([&] { database.Bind(clash); }));
 }
 
-TEST(MetadataTest, DescriptionsRefuseDuplicatesAndGradeHowRowsMayBeCopied) {
+// Descriptions alone, in no file: nothing to run per kind of file.
+TEST(TableMetadataTest, DescriptionsRefuseDuplicatesAndGradeHowRowsMayBeCopied) {
   rfm_TableMetadata a = Nodes(1);
   EXPECT_EQ("***ERROR: Duplicate field metadata definition: \"x\"", MessageOf([&] { a.DefineFloatField("x"); }));
   EXPECT_EQ(3, a.FieldCount());
@@ -145,7 +149,9 @@ TEST(MetadataTest, DescriptionsRefuseDuplicatesAndGradeHowRowsMayBeCopied) {
   EXPECT_EQ(0, numbers.CopyAllowed(otherName));
 }
 
-TEST(MetadataTest, AReaderLearnsTablesAWriterAddsAfterItsSnap) {
+// Plain files only: a reader opened beside the writer follows its flushes
+// through Snap, and a compressed file's reader sees the file as of its open.
+TEST(MetadataPlainFileTest, AReaderLearnsTablesAWriterAddsAfterItsSnap) {
   zqa_TestDir dir;
   cow_String name = dir.File("snap.zdb");
   rfm_Database writer = CreateTestDatabase(name);

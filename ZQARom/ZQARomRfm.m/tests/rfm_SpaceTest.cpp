@@ -27,7 +27,10 @@ int ChainLength(rfm_Database const& database, rfm_Handle head) {
 
 }  // namespace
 
-TEST(SpaceTest, WritesGrowInQuantaAndASpaceAloneAtTheEndStaysOneExtent) {
+using SpaceTest = rfm_FileKindTest;
+RFM_INSTANTIATE_FOR_EACH_FILE_KIND(SpaceTest);
+
+TEST_P(SpaceTest, WritesGrowInQuantaAndASpaceAloneAtTheEndStaysOneExtent) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("alone.zdb"));
   rfm_Space space = database.Space(-1);
@@ -46,7 +49,7 @@ TEST(SpaceTest, WritesGrowInQuantaAndASpaceAloneAtTheEndStaysOneExtent) {
   EXPECT_EQ('d', letter);
 }
 
-TEST(SpaceTest, SpacesWrittenInTurnChainOneExtentPerTurn) {
+TEST_P(SpaceTest, SpacesWrittenInTurnChainOneExtentPerTurn) {
   zqa_TestDir dir;
   cow_String name = dir.File("turns.zdb");
   rfm_Handle first;
@@ -79,7 +82,7 @@ TEST(SpaceTest, SpacesWrittenInTurnChainOneExtentPerTurn) {
   EXPECT_EQ(std::string(18, 'A'), text.substr(0, 18));
 }
 
-TEST(SpaceTest, SeekingAndReadingStopAtTheEnd) {
+TEST_P(SpaceTest, SeekingAndReadingStopAtTheEnd) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("seek.zdb"));
   rfm_Space space = database.Space(-1);
@@ -108,7 +111,7 @@ TEST(SpaceTest, SeekingAndReadingStopAtTheEnd) {
   EXPECT_EQ(8, space.Length());
 }
 
-TEST(SpaceTest, TruncateKeepsTheAllocationAndReusesTheExtents) {
+TEST_P(SpaceTest, TruncateKeepsTheAllocationAndReusesTheExtents) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("truncate.zdb"));
   rfm_Space a = database.Space(-1);
@@ -139,7 +142,7 @@ TEST(SpaceTest, TruncateKeepsTheAllocationAndReusesTheExtents) {
   EXPECT_EQ(4, ChainLength(database, a.Handle()));
 }
 
-TEST(SpaceTest, ReadOnlySpacesRefuseEveryWrite) {
+TEST_P(SpaceTest, ReadOnlySpacesRefuseEveryWrite) {
   zqa_TestDir dir;
   cow_String name = dir.File("ro.zdb");
   { CreateTestDatabase(name); }
@@ -173,7 +176,7 @@ TEST(ConverterTest, OffsetsAreDoublesAndHandlesAreFourBytesOfEight) {
   EXPECT_EQ(513, rfm_HandleConverter::Internalize(order, bytes).Value());
 }
 
-TEST(SpaceTest, SpacesOfAPageOrMoreStartEveryExtentOnAPage) {
+TEST_P(SpaceTest, SpacesOfAPageOrMoreStartEveryExtentOnAPage) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("pages.zdb"));
   rfm_Space small = database.Space(-1);

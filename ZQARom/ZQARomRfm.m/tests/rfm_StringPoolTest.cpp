@@ -28,7 +28,10 @@ std::vector<utl_FileOffset> ExternalOffsets(std::string const& bytes) {
 
 }  // namespace
 
-TEST(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
+using StringPoolTest = rfm_FileKindTest;
+RFM_INSTANTIATE_FOR_EACH_FILE_KIND(StringPoolTest);
+
+TEST_P(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
   zqa_TestDir dir;
   cow_String name = dir.File("pool.zdb");
   rfm_Handle handle;
@@ -66,7 +69,9 @@ TEST(StringPoolTest, RecordsArePaddedToFourBytesAndStoredOnceForGood) {
   EXPECT_EQ(read[1].CStr(), read[3].CStr());
 }
 
-TEST(StringPoolTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffsets) {
+// Plain files only: a reader opened beside the writer follows its flushes
+// through Snap, and a compressed file's reader sees the file as of its open.
+TEST(StringPoolPlainFileTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffsets) {
   zqa_TestDir dir;
   cow_String name = dir.File("lazy.zdb");
   rfm_Database writer = CreateTestDatabase(name);
@@ -90,7 +95,7 @@ TEST(StringPoolTest, ReaderLoadsStringsFlushedAfterItOpenedAndRefusesUnknownOffs
   EXPECT_EQ(cow_String("String Pool Count (number of strings)=1"), statistics[4]);
 }
 
-TEST(StringPoolTest, NeuterOverwritesInPlaceKeepingTheRecordsRoom) {
+TEST_P(StringPoolTest, NeuterOverwritesInPlaceKeepingTheRecordsRoom) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("neuter.zdb"));
   rfm_Space space = database.Space(-1);

@@ -25,7 +25,10 @@ rfm_Handle PlainSpace(rfm_Database const& database, std::vector<int> const& word
 
 }  // namespace
 
-TEST(TaggedStreamTest, ItemsOfEveryTypeRoundTripThroughAReopenedFile) {
+using TaggedStreamTest = rfm_FileKindTest;
+RFM_INSTANTIATE_FOR_EACH_FILE_KIND(TaggedStreamTest);
+
+TEST_P(TaggedStreamTest, ItemsOfEveryTypeRoundTripThroughAReopenedFile) {
   zqa_TestDir dir;
   cow_String name = dir.File("stream.zdb");
   rfm_Handle handle;
@@ -80,7 +83,7 @@ TEST(TaggedStreamTest, ItemsOfEveryTypeRoundTripThroughAReopenedFile) {
 
 // A fixed-string item has no length word, but Next reads one: the first
 // text bytes are taken as a length, and the stream cannot be read past it.
-TEST(TaggedStreamTest, AFixedStringItemLeavesTheRestOfTheStreamUnreadable) {
+TEST_P(TaggedStreamTest, AFixedStringItemLeavesTheRestOfTheStreamUnreadable) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("fixed.zdb"));
   rfm_TaggedStream padded = database.TaggedStream(0);
@@ -109,7 +112,7 @@ TEST(TaggedStreamTest, AFixedStringItemLeavesTheRestOfTheStreamUnreadable) {
   EXPECT_EQ(kCorrupt, MessageOf([&] { misread.Next(); }));
 }
 
-TEST(TaggedStreamTest, ForeignOrDamagedObjectsRaiseTheirTexts) {
+TEST_P(TaggedStreamTest, ForeignOrDamagedObjectsRaiseTheirTexts) {
   zqa_TestDir dir;
   rfm_Database database = CreateTestDatabase(dir.File("damaged.zdb"));
   rfm_Array<int, rfm_TypeInt> array = database.ArrayInt(1, -1, 0);
