@@ -107,6 +107,11 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
 
     sectors.GetStreamWrite(1).Write("short", 5);
     EXPECT_EQ(4, sectors.File().UsedSectors());
+    // The sectors the reader fetched ahead show the rewrite.
+    rfm_SectorRead again = sectors.GetStreamRead(1);
+    EXPECT_EQ(9, again.Length());
+    EXPECT_EQ(5, again.Read(back.data(), 5));
+    EXPECT_EQ("short", back.substr(0, 5));
     sectors.Flush();
   }
   std::string bytes = zqa_ReadFileBytes(name);
