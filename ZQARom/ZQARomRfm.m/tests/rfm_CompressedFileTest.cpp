@@ -32,6 +32,14 @@ std::unique_ptr<rfm_FileReprEncoded> CreateWithSegments(cow_String const& name, 
   return std::make_unique<rfm_FileReprEncoded>(name, new rfm_CodecZip(6), segmentSize);
 }
 
+// Writes length bytes of a pattern into a new file of segmentSize segments
+// and closes it; returns the bytes.
+std::string WriteEncoded(cow_String const& name, int segmentSize, int length, int seed) {
+  std::string const content = Pattern(length, seed);
+  CreateWithSegments(name, segmentSize)->Write(content.data(), length);
+  return content;
+}
+
 std::unique_ptr<rfm_FileReprEncoded> OpenEncoded(cow_String const& name, utl_FileAccess access) {
   return std::make_unique<rfm_FileReprEncoded>(name, access, new rfm_CodecZip(6));
 }
@@ -142,11 +150,7 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
 TEST(CompressedFileTest, TheStreamTableContinuesInASectorLinkedFromSectorZero) {
   zqa_TestDir dir;
   cow_String name = dir.File("many.mdb");
-  std::string const content = Pattern(1014 * 16, 3);
-  {
-    auto file = CreateWithSegments(name, 16);
-    file->Write(content.data(), static_cast<int>(content.size()));
-  }
+  std::string const content = WriteEncoded(name, 16, 1014 * 16, 3);
   std::string bytes = zqa_ReadFileBytes(name);
   EXPECT_EQ(1014, StoredInt(bytes, 16));
   int const next = StoredInt(bytes, kLink);
@@ -203,11 +207,7 @@ TEST(CompressedFileTest, ShrinkingDropsWholeSegmentsAndTheirStreamsComeBack) {
 TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
   zqa_TestDir dir;
   cow_String name = dir.File("damaged.mdb");
-  std::string const content = Pattern(3 * 1024, 6);
-  {
-    auto file = CreateWithSegments(name, 1024);
-    file->Write(content.data(), static_cast<int>(content.size()));
-  }
+  std::string const content = WriteEncoded(name, 1024, 3 * 1024, 6);
   std::string const good = zqa_ReadFileBytes(name);
   std::size_t const stream1 = std::size_t(StoredInt(good, kStreamTable + 4)) * kSector;
   std::string const corrupt = "***ERROR: ZAE database is corrupt.";
