@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <string>
@@ -112,8 +111,7 @@ TEST(BinStreamTest, LongWritesAndStringsCrossTheBuffers) {
   std::string back(block.size(), '\0');
   in.Read(back.data(), static_cast<int>(back.size()));
   EXPECT_EQ(block, back);
-  cow_String string = in.ReadString();
-  EXPECT_EQ(text, std::string(string.CStr(), static_cast<std::size_t>(string.Length())));
+  EXPECT_EQ(cow_String(text.data(), static_cast<int>(text.size())), in.ReadString());
   EXPECT_EQ(2, in.ReadUchar());
   ::close(descriptor);
 }
@@ -135,12 +133,7 @@ TEST(BinStreamTest, ShortOrDamagedInputRaises) {
   zqa_WriteFileBytes(name, std::string("\xff\xff\xff\xfe", 4));
   descriptor = OpenForReading(name);
   utl_BinIStream negative(descriptor, omi_BigEndian);
-  try {
-    negative.ReadString();
-    FAIL() << "read a string of negative length";
-  } catch (utl_BinStreamReadError const& e) {
-    EXPECT_EQ(EBADMSG, e.ErrorCode());
-  }
+  EXPECT_THROW(negative.ReadString(), utl_BinStreamReadError);
   ::close(descriptor);
 
   descriptor = ::open(name.CStr(), O_WRONLY | O_CLOEXEC);
