@@ -1,0 +1,127 @@
+#include "rfm_FileCache.h"
+
+#include "ZQABasAssert.h"
+#include "atr_translate.h"
+#include "omi_BtreeIterator.h"
+#include "utl_CommandLine.h"
+
+#include <algorithm>
+
+namespace {
+
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileCache";
+
+char const kPageSizeOption[] = "nzdb_page_size";
+char const kCacheLimitOption[] = "nzdb_cache_limit";
+constexpr int kLargestPageKiB = 65536;
+constexpr int kOutOfRangePageKiB = 2048;
+constexpr long long kMiB = 1 << 20;
+
+}  // namespace
+
+rfm_FileCache::rfm_FileCache() : m_PageSize(PageSizeFromCommandLine()) {
+  Open();
+  m_PageLimit = PageLimitFor(m_PageSize, m_TempFile->AvailableSpace());
+}
+
+rfm_FileCache::rfm_FileCache(int pageSize, long long pageLimit) : m_PageSize(pageSize), m_PageLimit(pageLimit) {
+  ZQA_ASSERT(kSourcePath, pageSize > 0 && pageSize % kPageQuantum == 0);
+  Open();
+}
+
+rfm_FileCache::~rfm_FileCache() {
+  m_File.Close();
+  m_TempFile.reset();
+}
+
+void rfm_FileCache::Open() {
+  m_TempFile.reset(new utl_TempFile(cow_String()));
+  m_File.Open(m_TempFile->Name(), utl_FileAccessCreate, utl_FileShareNone);
+}
+
+int rfm_FileCache::PageSizeFromCommandLine() {
+  utl_CommandLine& options = utl_CommandLine::Instance();
+  if (!options.IsMember(kPageSizeOption)) return kDefaultPageSize;
+  int kib = options.ConstGetValueAsInt(kPageSizeOption);
+  if (kib <= 0) kib = 1;
+  if (kib > kLargestPageKiB) kib = kOutOfRangePageKiB;
+  int bytes = kib * 1024;
+  return (bytes + kPageQuantum - 1) / kPageQuantum * kPageQuantum;
+}
+
+long long rfm_FileCache::PageLimitFor(int pageSize, unsigned long long availableBytes) {
+  auto limit = static_cast<long long>(availableBytes / static_cast<unsigned long long>(pageSize) * 4 / 5);
+  utl_CommandLine& options = utl_CommandLine::Instance();
+  if (options.IsMember(kCacheLimitOption)) {
+    long long asked = options.ConstGetValueAsInt(kCacheLimitOption) * kMiB / pageSize;
+    if (asked >= 0 && asked < limit) limit = asked;
+  }
+  return limit;
+}
+
+rfm_FileCacheBlock* rfm_FileCache::GetPage(long long const& key, rfm_FileCachePageMap* map) {
+  thr_MutexGuard guard(m_Mutex);
+  rfm_FileCacheBlock* block = map->IsMember(key) ? map->Get(key) : nullptr;
+  if (block == nullptr) {
+    if (!m_Free.IsAlone()) {
+      block = m_Free.Next();
+    } else if (m_PageCount < m_PageLimit) {
+      m_Blocks.emplace_back(new rfm_FileCacheBlock(this, static_cast<long long>(m_PageCount) * m_PageSize));
+      block = m_Blocks.back().get();
+      ++m_PageCount;
+    } else if (!m_Idle.IsAlone()) {
+      block = m_Idle.Previous();
+    } else {
+      nex_ThrowMessage(kSourcePath, __LINE__, atr_translate("Cache Space Exausted."));
+    }
+    block->Assign(key, map);
+    if (!map->Insert(key, block)) map->Get(key) = block;
+  }
+  block->Insert(m_Busy);
+  return block;
+}
+
+void rfm_FileCache::IdlePage(rfm_FileCacheBlock* block) {
+  thr_MutexGuard guard(m_Mutex);
+  block->Insert(m_Idle);
+}
+
+void rfm_FileCache::Release(rfm_FileCacheBlock* block) {
+  block->Assign(0, nullptr);
+  block->Insert(m_Free);
+}
+
+void rfm_FileCache::FreePage(long long const& key, rfm_FileCachePageMap* map) {
+  thr_MutexGuard guard(m_Mutex);
+  if (!map->IsMember(key)) return;
+  if (rfm_FileCacheBlock* block = map->Get(key)) Release(block);
+}
+
+void rfm_FileCache::FreeAllPages(rfm_FileCachePageMap* map) {
+  thr_MutexGuard guard(m_Mutex);
+  for (omi_BtreeIterator<long long, rfm_FileCacheBlock*> it(*map); !it.IsDone(); it.Next()) {
+    if (rfm_FileCacheBlock* block = it.CurrentValue()) Release(block);
+  }
+}
+
+cow_List<long long> rfm_FileCache::SiftMap(rfm_FileCachePageMap* map) {
+  thr_MutexGuard guard(m_Mutex);
+  cow_List<long long> lost;
+  for (omi_BtreeIterator<long long, rfm_FileCacheBlock*> it(*map); !it.IsDone(); it.Next()) {
+    if (it.CurrentValue() == nullptr) lost.Append(it.CurrentKey());
+  }
+  for (int index = 0; index < lost.Length(); ++index) map->Remove(lost[index]);
+  return lost;
+}
+
+int rfm_FileCache::ReadFile(long long offset, char* buffer, int count) {
+  thr_MutexGuard guard(m_FileMutex);
+  m_File.Seek(offset);
+  return m_File.Read(buffer, count);
+}
+
+void rfm_FileCache::WriteFile(long long offset, char const* buffer, int count) {
+  thr_MutexGuard guard(m_FileMutex);
+  m_File.Seek(offset);
+  m_File.Write(buffer, count);
+}
