@@ -13,11 +13,11 @@ public:
   ~rfm_FileRepr() override;
 
   // The logical length.
-  utl_FileOffset Length() const override { return m_LengthLogical; }
+  utl_FileOffset Length() const override { return m_LogicalFileSize; }
   utl_FileOffset Location() const override { return m_Location; }
 
-  virtual utl_FileOffset LengthLogical() const { return m_LengthLogical; }
-  virtual utl_FileOffset LengthPysical() const { return m_LengthPhysical; }
+  virtual utl_FileOffset LengthLogical() const { return m_LogicalFileSize; }
+  virtual utl_FileOffset LengthPysical() const { return m_PhysicalFileSize; }
   // Grows the logical length by delta; answers whether the real file grew.
   virtual bool FileExtend(utl_FileOffset delta) = 0;
   // Gives the real file back its unused tail.
@@ -41,8 +41,8 @@ protected:
   explicit rfm_FileRepr(cow_String const& name) : m_Name(name) {}
 
   utl_FileOffset m_Location = 0;
-  utl_FileOffset m_LengthLogical = 0;
-  utl_FileOffset m_LengthPhysical = 0;
+  utl_FileOffset m_LogicalFileSize = 0;
+  utl_FileOffset m_PhysicalFileSize = 0;
   cow_String m_Name;
   bool m_ReaderSemaphoreHeld = false;
 };

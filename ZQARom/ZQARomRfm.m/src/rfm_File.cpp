@@ -3,8 +3,8 @@
 #include "ZQABasAssert.h"
 #include "ZQABasUtlFilePath.h"
 #include "ZQABasUtlUrlParser.h"
-#include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "rfm_CodecZip.h"
 #include "rfm_FileException.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_FileReprLocal.h"
@@ -25,18 +25,13 @@ void Inform(bool logify, char const* line) {
 
 bool Logify() { return std::getenv("ZBX_RFM_LOGIFY") != nullptr; }
 
-// The remote and compressed representations are not part of this build.
+// The remote representation is not part of this build.
 [[noreturn]] void RaiseRemoteUnavailable(cow_String const& name) {
   rfm_FileConnectExc(name, atr_translate("remote database files are not available in this build"))
       .Throw(kSourcePath, __LINE__);
 }
 
-[[noreturn]] void RaiseCompressedUnavailable(cow_String const& name) {
-  nex_ThrowMessage(
-      kSourcePath, __LINE__,
-      atr_SubstituteFormat(atr_translate("*** ERROR: Compressed database files are not available in this build: %s."),
-                           name));
-}
+rfm_Codec* NewCodec() { return new rfm_CodecZip(rfm_CodecZip::kDefaultLevel); }
 
 // The checks that every reading open makes before it looks at the file.
 void CheckReadable(cow_String const& name) {
@@ -51,7 +46,7 @@ rfm_File OpenForReading(cow_String const& name, [[maybe_unused]] cow_String cons
   if (ZQABasUtlUrlParser::IsUrl(name)) RaiseRemoteUnavailable(name);
   if (rfm_FileReprEncoded::IsEncoded(name)) {
     Inform(logify, "*** Informational: Opening Compressed File based MDB.\n");
-    RaiseCompressedUnavailable(name);
+    return rfm_File(new rfm_FileReprEncoded(name, utl_FileAccessRead, NewCodec()));
   }
   Inform(logify, "*** Informational: Opening File based ZDB.\n");
   return rfm_File(new rfm_FileReprLocal(name, utl_FileAccessRead, preallocate));
@@ -73,7 +68,7 @@ rfm_File rfm_File::Open(cow_String const& name, utl_FileAccess access, bool prea
       if (!path.IsWriteable()) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
       if (rfm_FileReprEncoded::IsEncoded(name)) {
         Inform(logify, "*** Informational: Updating Compressed File based MDB.\n");
-        RaiseCompressedUnavailable(name);
+        return rfm_File(new rfm_FileReprEncoded(name, utl_FileAccessUpdate, NewCodec()));
       }
       Inform(logify, "*** Informational: Updating File based ZDB.\n");
       return rfm_File(new rfm_FileReprLocal(name, utl_FileAccessUpdate, preallocate));
@@ -96,7 +91,7 @@ rfm_File rfm_File::CreateCompressed(cow_String const& name) {
   bool logify = Logify();
   if (ZQABasUtlUrlParser::IsUrl(name)) rfm_FileReadOnlyExc(name).Throw(kSourcePath, __LINE__);
   Inform(logify, "*** Informational: Creating Compressed File based MDB.\n");
-  RaiseCompressedUnavailable(name);
+  return rfm_File(new rfm_FileReprEncoded(name, NewCodec(), rfm_FileReprEncoded::kDefaultSegmentSize));
 }
 
 void rfm_File::Copy(rfm_File const& source) {

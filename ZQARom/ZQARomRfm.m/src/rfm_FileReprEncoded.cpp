@@ -1,17 +1,133 @@
 #include "rfm_FileReprEncoded.h"
 
+#include "ZQABasAssert.h"
+#include "rfm_FileException.h"
 #include "utl_File.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <exception>
 
 namespace {
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileReprEncoded";
 char const kEncodedMagic[] = "ZBXTSA";
 constexpr int kEncodedMagicLength = sizeof kEncodedMagic - 1;
 }  // namespace
+
+rfm_FileReprEncoded::rfm_FileReprEncoded(cow_String const& name, rfm_Codec* codec, int segmentSize)
+    : rfm_FileRepr(name), m_SegmentSize(segmentSize), m_Table(name, codec, segmentSize) {
+  Seek(0);
+}
+
+rfm_FileReprEncoded::rfm_FileReprEncoded(cow_String const& name, utl_FileAccess access, rfm_Codec* codec)
+    : rfm_FileRepr(name), m_Table(name, codec, access), m_ReadOnly(access == utl_FileAccessRead) {
+  m_SegmentSize = m_Table.SegmentSize();
+  m_LogicalFileSize = m_PhysicalFileSize = m_Table.FileSize();
+  Seek(0);
+}
+
+rfm_FileReprEncoded::~rfm_FileReprEncoded() {
+  // A destructor cannot raise: a failed flush is reported, and the file
+  // keeps what its last successful flush wrote.
+  try {
+    if (!m_ReadOnly) Flush();
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+  }
+  m_CurrentSegment.Reset();
+  m_FirstSegment.Reset();
+}
 
 bool rfm_FileReprEncoded::IsEncoded(cow_String const& name) {
   utl_File file(name, utl_FileAccessRead, utl_FileShareNone);
   char head[kEncodedMagicLength];
   return file.Read(head, kEncodedMagicLength) == kEncodedMagicLength &&
          std::memcmp(head, kEncodedMagic, kEncodedMagicLength) == 0;
+}
+
+void rfm_FileReprEncoded::CheckWritable(int line) const {
+  if (m_ReadOnly) rfm_FileReadOnlyExc(m_Name).Throw(kSourcePath, line);
+}
+
+void rfm_FileReprEncoded::SetCurrentSegment(int index) {
+  if (m_CurrentSegment && m_CurrentSegment->Index() == index) return;
+  if (index == 0 && m_FirstSegment) {
+    m_CurrentSegment = m_FirstSegment.Get();
+    return;
+  }
+  m_CurrentSegment = m_Table.GetSegment(index);
+  if (index == 0) m_FirstSegment = m_CurrentSegment.Get();
+}
+
+void rfm_FileReprEncoded::Seek(utl_FileOffset location) {
+  ZQA_ASSERT(kSourcePath, location <= m_LogicalFileSize);
+  ZQA_ASSERT(kSourcePath, location >= 0);
+  m_Location = location;
+  int index = GetSegmentIndex(location);
+  SetCurrentSegment(index);
+  m_SegmentOffset = static_cast<int>(location - GetSegmentStart(index));
+}
+
+int rfm_FileReprEncoded::Read(char* buffer, int count) {
+  if (count < 1) return count;
+  int moved = 0;
+  while (moved < count) {
+    int available = m_CurrentSegment->DecodedLength() - m_SegmentOffset;
+    if (available <= 0) return moved;
+    int step = std::min(count - moved, available);
+    m_CurrentSegment->Read(buffer + moved, m_SegmentOffset, step);
+    moved += step;
+    m_Location += step;
+    m_SegmentOffset += step;
+    if (m_SegmentOffset == m_SegmentSize) {
+      SetCurrentSegment(m_CurrentSegment->Index() + 1);
+      m_SegmentOffset = 0;
+    }
+  }
+  return count;
+}
+
+int rfm_FileReprEncoded::Write(char const* buffer, int count) {
+  CheckWritable(__LINE__);
+  if (count < 1) return 0;
+  int moved = 0;
+  while (moved < count) {
+    int step = std::min(count - moved, m_SegmentSize - m_SegmentOffset);
+    m_CurrentSegment->Write(buffer + moved, m_SegmentOffset, step);
+    moved += step;
+    m_Location += step;
+    m_SegmentOffset += step;
+    if (m_SegmentOffset == m_SegmentSize) {
+      SetCurrentSegment(m_CurrentSegment->Index() + 1);
+      m_SegmentOffset = 0;
+    }
+  }
+  if (m_Location > m_LogicalFileSize) m_LogicalFileSize = m_PhysicalFileSize = m_Location;
+  return count;
+}
+
+bool rfm_FileReprEncoded::FileExtend(utl_FileOffset delta) {
+  CheckWritable(__LINE__);
+  if (delta >= 0) {
+    utl_FileOffset target = m_LogicalFileSize + delta;
+    int index = GetSegmentIndex(target);
+    m_Table.GetSegment(index)->Extend(static_cast<int>(target - GetSegmentStart(index)));
+    m_LogicalFileSize = m_PhysicalFileSize = target;
+    return false;
+  }
+  // A shrink counts from the location, and must leave a whole segment
+  // after the current one to drop.
+  Seek(m_Location + delta);
+  m_Table.Trim(m_CurrentSegment->Index() + 1);
+  m_CurrentSegment->Extend(m_SegmentOffset);
+  m_LogicalFileSize = m_PhysicalFileSize = m_Location;
+  return false;
+}
+
+void rfm_FileReprEncoded::Trim() { CheckWritable(__LINE__); }
+
+void rfm_FileReprEncoded::Flush() {
+  CheckWritable(__LINE__);
+  m_Table.Flush();
 }

@@ -39,7 +39,7 @@ rfm_FileReprLocal::rfm_FileReprLocal(cow_String const& name, int access, bool pr
   if (access != utl_FileAccessCreate) {
     m_StatusChecker.reset(new rfm_DBStatusCheckerFileLocal(name));
     m_File.Seek(0);
-    m_LengthLogical = m_LengthPhysical = m_File.FileSize();
+    m_LogicalFileSize = m_PhysicalFileSize = m_File.FileSize();
   }
 }
 
@@ -72,25 +72,25 @@ int rfm_FileReprLocal::Write(char const* buffer, int count) {
   if (m_ReadOnly) RaiseReadOnly(__LINE__);
   int written = m_File.Write(buffer, count);
   m_Location += written;
-  if (m_Location > m_LengthPhysical) m_LengthPhysical = m_Location;
+  if (m_Location > m_PhysicalFileSize) m_PhysicalFileSize = m_Location;
   return written;
 }
 
 bool rfm_FileReprLocal::FileExtend(utl_FileOffset delta) {
   if (m_ReadOnly) RaiseReadOnly(__LINE__);
   if (delta < 0) rfm_FileBadParameterExc("rfm_FileReprLocal::FileExtend").Throw(kSourcePath, __LINE__);
-  m_LengthLogical += delta;
-  utl_FileOffset rounded = (m_LengthLogical + kPreallocationStep - 1) / kPreallocationStep * kPreallocationStep;
-  if (!m_Preallocate || rounded <= m_LengthPhysical) return false;
+  m_LogicalFileSize += delta;
+  utl_FileOffset rounded = (m_LogicalFileSize + kPreallocationStep - 1) / kPreallocationStep * kPreallocationStep;
+  if (!m_Preallocate || rounded <= m_PhysicalFileSize) return false;
   m_File.Extend(rounded);
-  m_LengthPhysical = rounded;
+  m_PhysicalFileSize = rounded;
   return true;
 }
 
 void rfm_FileReprLocal::Trim() {
   if (m_ReadOnly) RaiseReadOnly(__LINE__);
-  m_File.Extend(m_LengthLogical);
-  m_LengthPhysical = m_LengthLogical;
+  m_File.Extend(m_LogicalFileSize);
+  m_PhysicalFileSize = m_LogicalFileSize;
 }
 
 rfm_FileStatus::RfmFileStatus rfm_FileReprLocal::FileStatus() {
@@ -100,7 +100,7 @@ rfm_FileStatus::RfmFileStatus rfm_FileReprLocal::FileStatus() {
 void rfm_FileReprLocal::FTPCheckSet(int offset) {
   utl_FileOffset noted = m_Location;
   unsigned char record[kFtpRecordSize] = {};
-  double length = static_cast<double>(m_LengthPhysical);
+  double length = static_cast<double>(m_PhysicalFileSize);
   if (SwapBytes()) {
     omi_SwapperGuts::ExternalizeArray(record + kFtpLengthOffset, &length, 1, sizeof length);
   } else {
@@ -128,7 +128,7 @@ void rfm_FileReprLocal::FTPCheckCheck(int offset) {
   if (!(length >= 0.0 && length < kLargestLength)) RaiseCorrupt(__LINE__);
   auto recorded = static_cast<utl_FileOffset>(length + 0.5);
   if (recorded != 0) {
-    if (recorded != m_LengthPhysical) RaiseCorrupt(__LINE__);
+    if (recorded != m_PhysicalFileSize) RaiseCorrupt(__LINE__);
     return;
   }
   if (std::memcmp(record, kFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);

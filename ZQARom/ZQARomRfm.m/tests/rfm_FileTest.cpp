@@ -131,23 +131,37 @@ TEST(FileTest, PermissionsAreCheckedBeforeOpening) {
   EXPECT_EQ(0, status);
 }
 
-TEST(FileTest, CompressedFilesAreRecognisedButNotAvailable) {
+TEST(FileTest, CompressedFilesAreRecognisedByTheFirstSixBytesOfTheirMagic) {
   zqa_TestDir dir;
   cow_String name = dir.File("packed.mdb");
-  zqa_WriteFileBytes(name, "ZBXTSA99 and the rest of a container");
-  std::string const text =
-      std::string("*** ERROR: Compressed database files are not available in this build: ") + name.CStr() + ".";
-  EXPECT_EQ(text, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
-  EXPECT_EQ(text, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
-  cow_String fresh = dir.File("fresh.mdb");
-  std::string const createText =
-      std::string("*** ERROR: Compressed database files are not available in this build: ") + fresh.CStr() + ".";
-  EXPECT_EQ(createText, TextOf<Message>([&] { rfm_File::CreateCompressed(fresh); }));
+  {
+    rfm_File created = rfm_File::CreateCompressed(name);
+    created->Write("payload", 7);
+  }
+  EXPECT_EQ("ZBXTSA00", zqa_ReadFileBytes(name).substr(0, 8));
+  for (utl_FileAccess access : {utl_FileAccessRead, utl_FileAccessUpdate}) {
+    rfm_File opened = rfm_File::Open(name, access, false);
+    char back[7] = {};
+    EXPECT_EQ(7, opened->Read(back, 7));
+    EXPECT_EQ("payload", std::string(back, 7));
+    EXPECT_EQ(access == utl_FileAccessRead, opened.ReadOnly());
+  }
+
+  // Other version digits pass the six-byte test and are refused by the
+  // container's header check; so is another header version.
+  std::string bytes = zqa_ReadFileBytes(name);
+  zqa_WriteFileBytes(name, bytes.substr(0, 6) + "99" + bytes.substr(8));
+  EXPECT_EQ("strncmp( magic, MAGIC, sizeof(magic) ) == 0",
+            TextOf<Assertion>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  bytes[8] = 2;
+  zqa_WriteFileBytes(name, bytes);
+  EXPECT_EQ("tmp[HEADER_VERSION] == CURRENT_VERSION",
+            TextOf<Assertion>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
 
   // Five bytes of the magic are not enough.
   cow_String almost = dir.File("almost.mdb");
   zqa_WriteFileBytes(almost, "ZBXTS");
-  EXPECT_NO_THROW(rfm_File::Open(almost, utl_FileAccessRead, false));
+  EXPECT_EQ(5, rfm_File::Open(almost, utl_FileAccessRead, false)->Length());
 }
 
 TEST(FileTest, InformationalLinesOnlyUnderTheLogSwitch) {
@@ -162,10 +176,17 @@ TEST(FileTest, InformationalLinesOnlyUnderTheLogSwitch) {
   rfm_File::Open(name, utl_FileAccessCreate, false);
   rfm_File::Open(name, utl_FileAccessUpdate, false);
   rfm_File::Open(name, utl_FileAccessRead, false);
+  cow_String packed = dir.File("log.mdb");
+  rfm_File::CreateCompressed(packed);
+  rfm_File::Open(packed, utl_FileAccessUpdate, false);
+  rfm_File::Open(packed, utl_FileAccessRead, false);
   EXPECT_EQ(
       "*** Informational: Creating File based ZDB.\n"
       "*** Informational: Updating File based ZDB.\n"
-      "*** Informational: Opening File based ZDB.\n",
+      "*** Informational: Opening File based ZDB.\n"
+      "*** Informational: Creating Compressed File based MDB.\n"
+      "*** Informational: Updating Compressed File based MDB.\n"
+      "*** Informational: Opening Compressed File based MDB.\n",
       testing::internal::GetCapturedStderr());
 }
 

@@ -1,0 +1,49 @@
+#ifndef rfm_SectorFile_h
+#define rfm_SectorFile_h
+
+#include "cow_String.h"
+#include "utl_File.h"
+
+// A file cut into fixed-size sectors, numbered from 0: sector n is the
+// bytes from n times the sector size. Sectors are only ever added, never
+// freed. The file grows 256 sectors at a time, and closing cuts it back to
+// the sectors in use, so an interrupted writer leaves at most 255 spare
+// sectors, which a later open counts as used.
+//
+// Invariant: m_UsedSectors <= m_AllocatedSectors, and the file is at least
+// m_AllocatedSectors sectors long.
+class rfm_SectorFile {
+public:
+  static constexpr int kGrowthSectors = 256;
+
+  // access is a utl_FileAccess value; a created file starts empty.
+  rfm_SectorFile(cow_String const& name, int sectorSize, int access);
+  ~rfm_SectorFile();
+  rfm_SectorFile(rfm_SectorFile const&) = delete;
+  rfm_SectorFile& operator=(rfm_SectorFile const&) = delete;
+
+  // The number of a new sector at the end, its link word already -1.
+  int NewSector();
+
+  // Moves count bytes at offset inside sector number; returns the count
+  // moved, which is short only where the file is.
+  int Read(int number, int offset, char* buffer, int count);
+  void Write(int number, int offset, char const* buffer, int count);
+
+  // Whether number can name a sector after sector 0: one that exists.
+  bool IsLinkable(int number) const { return number > 0 && number < m_UsedSectors; }
+  // Raises the container's corruption message, naming the file.
+  [[noreturn]] void RaiseCorrupt(char const* what) const;
+
+  int SectorSize() const { return m_SectorSize; }
+  int UsedSectors() const { return m_UsedSectors; }
+  cow_String const& Name() const { return m_File.Name(); }
+
+private:
+  utl_File m_File;
+  int m_SectorSize;
+  int m_UsedSectors = 0;
+  int m_AllocatedSectors = 0;
+};
+
+#endif

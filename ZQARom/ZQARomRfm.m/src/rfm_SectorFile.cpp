@@ -1,0 +1,66 @@
+#include "rfm_SectorFile.h"
+
+#include "ZQABasAssert.h"
+#include "atr_SubstituteFormat.h"
+#include "atr_translate.h"
+#include "rfm_IO.h"
+#include "rfm_IntConverter.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace {
+
+char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_SectorFile";
+
+constexpr int kNullSector = -1;
+
+utl_FileOffset SectorStart(int number, int sectorSize) {
+  return static_cast<utl_FileOffset>(number) * sectorSize;
+}
+
+}  // namespace
+
+rfm_SectorFile::rfm_SectorFile(cow_String const& name, int sectorSize, int access)
+    : m_File(name, access, access == utl_FileAccessRead ? utl_FileShareAll : utl_FileShareRead),
+      m_SectorSize(sectorSize) {
+  m_UsedSectors = m_AllocatedSectors = static_cast<int>(m_File.FileSize() / m_SectorSize);
+}
+
+rfm_SectorFile::~rfm_SectorFile() {
+  // A destructor cannot raise; a failed cut leaves spare sectors at the
+  // end, which a later open reads as used sectors no stream links to.
+  try {
+    if (m_UsedSectors != m_AllocatedSectors) m_File.Extend(SectorStart(m_UsedSectors, m_SectorSize));
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "%s\n", e.what());
+  }
+}
+
+int rfm_SectorFile::NewSector() {
+  if (m_UsedSectors == m_AllocatedSectors) {
+    m_File.Extend(SectorStart(m_AllocatedSectors + kGrowthSectors, m_SectorSize));
+    m_AllocatedSectors += kGrowthSectors;
+  }
+  int number = m_UsedSectors++;
+  char link[4];
+  rfm_IntConverter::Externalize(rfm_FileOrder(), link, kNullSector);
+  Write(number, m_SectorSize - static_cast<int>(sizeof link), link, sizeof link);
+  return number;
+}
+
+int rfm_SectorFile::Read(int number, int offset, char* buffer, int count) {
+  m_File.Seek(SectorStart(number, m_SectorSize) + offset);
+  return m_File.Read(buffer, count);
+}
+
+void rfm_SectorFile::Write(int number, int offset, char const* buffer, int count) {
+  m_File.Seek(SectorStart(number, m_SectorSize) + offset);
+  m_File.Write(buffer, count);
+}
+
+void rfm_SectorFile::RaiseCorrupt(char const* what) const {
+  nex_ThrowMessage(kSourcePath, __LINE__,
+                   atr_SubstituteFormat(atr_translate("***ERROR: Compressed database file %s is corrupt: %s."),
+                                        Name(), what));
+}
