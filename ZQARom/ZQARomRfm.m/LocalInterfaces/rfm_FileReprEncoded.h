@@ -12,9 +12,10 @@ class rfm_Codec;
 // moves across segments; the current segment stays armed, and so does
 // segment 0 once entered, since the database's block 0 lives there.
 //
-// Invariants: m_SegmentOffset is the location less the current segment's
-// start; a transfer that ends at a segment's end has already moved to the
-// next segment, offset 0.
+// Invariant: m_SegmentOffset is the location less the current segment's
+// start. A transfer that ends at a segment's end stays there, and the next
+// transfer moves on: so a damaged segment is reported by the read that
+// reaches into it, not by the one before.
 //
 // Compressed files keep no transfer-check record (FTPCheckSet and
 // FTPCheckCheck do nothing), and FileExtend never reports a grown file. A
@@ -48,6 +49,8 @@ private:
   int GetSegmentIndex(utl_FileOffset location) const { return static_cast<int>(location / m_SegmentSize); }
   utl_FileOffset GetSegmentStart(int index) const { return utl_FileOffset(index) * m_SegmentSize; }
   void SetCurrentSegment(int index);
+  // Moves to the next segment when the current one is passed in full.
+  void LeaveFullSegment();
   void CheckWritable(int line) const;
 
   int m_SegmentSize = kDefaultSegmentSize;

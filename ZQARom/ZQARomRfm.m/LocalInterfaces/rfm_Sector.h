@@ -30,6 +30,10 @@ public:
   // The next sector, or a new one linked after this one.
   rfm_Sector Extend() const;
 
+  // Asks the file to read this sector and the ones after it, up to
+  // sectors in all, in one go: a chain usually lies in order.
+  void Prefetch(int sectors) const;
+
   // Payload bytes at offset; Read returns the count moved.
   int Read(char* buffer, int count, int offset) const;
   void Write(char const* buffer, int count, int offset) const;

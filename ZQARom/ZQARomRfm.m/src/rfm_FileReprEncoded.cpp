@@ -60,6 +60,12 @@ void rfm_FileReprEncoded::SetCurrentSegment(int index) {
   if (index == 0) m_FirstSegment = m_CurrentSegment.Get();
 }
 
+void rfm_FileReprEncoded::LeaveFullSegment() {
+  if (m_SegmentOffset < m_SegmentSize) return;
+  SetCurrentSegment(m_CurrentSegment->Index() + 1);
+  m_SegmentOffset = 0;
+}
+
 void rfm_FileReprEncoded::Seek(utl_FileOffset location) {
   ZQA_ASSERT(kSourcePath, location <= m_LogicalFileSize);
   ZQA_ASSERT(kSourcePath, location >= 0);
@@ -73,6 +79,7 @@ int rfm_FileReprEncoded::Read(char* buffer, int count) {
   if (count < 1) return count;
   int moved = 0;
   while (moved < count) {
+    LeaveFullSegment();
     int available = m_CurrentSegment->DecodedLength() - m_SegmentOffset;
     if (available <= 0) return moved;
     int step = std::min(count - moved, available);
@@ -80,10 +87,6 @@ int rfm_FileReprEncoded::Read(char* buffer, int count) {
     moved += step;
     m_Location += step;
     m_SegmentOffset += step;
-    if (m_SegmentOffset == m_SegmentSize) {
-      SetCurrentSegment(m_CurrentSegment->Index() + 1);
-      m_SegmentOffset = 0;
-    }
   }
   return count;
 }
@@ -93,15 +96,12 @@ int rfm_FileReprEncoded::Write(char const* buffer, int count) {
   if (count < 1) return 0;
   int moved = 0;
   while (moved < count) {
+    LeaveFullSegment();
     int step = std::min(count - moved, m_SegmentSize - m_SegmentOffset);
     m_CurrentSegment->Write(buffer + moved, m_SegmentOffset, step);
     moved += step;
     m_Location += step;
     m_SegmentOffset += step;
-    if (m_SegmentOffset == m_SegmentSize) {
-      SetCurrentSegment(m_CurrentSegment->Index() + 1);
-      m_SegmentOffset = 0;
-    }
   }
   if (m_Location > m_LogicalFileSize) m_LogicalFileSize = m_PhysicalFileSize = m_Location;
   return count;

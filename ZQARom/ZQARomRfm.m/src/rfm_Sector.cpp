@@ -36,6 +36,10 @@ rfm_Sector rfm_Sector::Extend() const {
   return rfm_Sector(number, m_File);
 }
 
+void rfm_Sector::Prefetch(int sectors) const {
+  if (!IsNull()) m_File->Prefetch(m_Number, sectors);
+}
+
 int rfm_Sector::Read(char* buffer, int count, int offset) const {
   ZQA_ASSERT(kSourcePath, !IsNull());
   return m_File->Read(m_Number, offset, buffer, count);

@@ -6,7 +6,9 @@
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 
 namespace {
@@ -50,6 +52,11 @@ int rfm_SectorFile::NewSector() {
 }
 
 int rfm_SectorFile::Read(int number, int offset, char* buffer, int count) {
+  if (InRun(number) && offset + count <= m_SectorSize) {
+    std::memcpy(buffer, m_Run.data() + std::size_t(number - m_RunFirst) * m_SectorSize + offset,
+                static_cast<std::size_t>(count));
+    return count;
+  }
   m_File.Seek(SectorStart(number, m_SectorSize) + offset);
   return m_File.Read(buffer, count);
 }
@@ -57,6 +64,21 @@ int rfm_SectorFile::Read(int number, int offset, char* buffer, int count) {
 void rfm_SectorFile::Write(int number, int offset, char const* buffer, int count) {
   m_File.Seek(SectorStart(number, m_SectorSize) + offset);
   m_File.Write(buffer, count);
+  if (InRun(number)) {
+    std::memcpy(m_Run.data() + std::size_t(number - m_RunFirst) * m_SectorSize + offset, buffer,
+                static_cast<std::size_t>(count));
+  }
+}
+
+void rfm_SectorFile::Prefetch(int number, int sectors) {
+  if (InRun(number) && InRun(number + sectors - 1)) return;
+  sectors = std::min({sectors, kLargestRun, m_UsedSectors - number});
+  m_RunSectors = 0;
+  if (sectors < 2) return;
+  m_Run.resize(std::size_t(sectors) * m_SectorSize);
+  m_File.Seek(SectorStart(number, m_SectorSize));
+  m_RunFirst = number;
+  m_RunSectors = m_File.Read(m_Run.data(), static_cast<int>(m_Run.size())) / m_SectorSize;
 }
 
 void rfm_SectorFile::RaiseCorrupt(char const* what) const {

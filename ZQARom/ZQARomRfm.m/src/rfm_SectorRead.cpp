@@ -20,6 +20,8 @@ int rfm_SectorRead::Read(char* buffer, int count) {
       m_Position = 0;
     }
     if (m_Current.IsNull()) break;
+    int left = count - moved + m_Position;
+    m_Current.Prefetch((left + m_Current.Size() - 1) / m_Current.Size());
     int step = std::min(m_Current.Size() - m_Position, count - moved);
     int got = m_Current.Read(buffer + moved, step, m_Position);
     moved += got;

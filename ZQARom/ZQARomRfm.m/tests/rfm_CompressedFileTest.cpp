@@ -1,0 +1,245 @@
+#include "rfm_CodecZip.h"
+#include "rfm_File.h"
+#include "rfm_FileReprEncoded.h"
+#include "rfm_SectorArray.h"
+#include "rfm_TestAssertion.h"
+#include "rfm_TestBytes.h"
+#include "rfm_TestDatabase.h"
+#include "zqa_TestDir.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <memory>
+#include <string>
+
+namespace {
+
+constexpr int kSector = 4096;
+constexpr int kLink = 4092;
+// Sector 0: magic, three words, then the segment table's five words, then
+// the stream table.
+constexpr int kMetadata = 20;
+constexpr int kStreamTable = 40;
+
+std::string Pattern(int length, int seed) {
+  std::string bytes;
+  for (int i = 0; i < length; ++i) bytes.push_back(static_cast<char>((i * 7 + seed * 13 + i / 97) % 251));
+  return bytes;
+}
+
+std::unique_ptr<rfm_FileReprEncoded> CreateWithSegments(cow_String const& name, int segmentSize) {
+  return std::make_unique<rfm_FileReprEncoded>(name, new rfm_CodecZip(6), segmentSize);
+}
+
+std::unique_ptr<rfm_FileReprEncoded> OpenEncoded(cow_String const& name, utl_FileAccess access) {
+  return std::make_unique<rfm_FileReprEncoded>(name, access, new rfm_CodecZip(6));
+}
+
+std::string ReadAll(rfm_FileRepr& file) {
+  std::string bytes(static_cast<std::size_t>(file.Length()), '\0');
+  file.Seek(0);
+  if (!bytes.empty()) {
+    EXPECT_EQ(static_cast<int>(bytes.size()), file.Read(bytes.data(), static_cast<int>(bytes.size())));
+  }
+  return bytes;
+}
+
+std::string Deflate(std::string const& in) {
+  uLongf length = compressBound(in.size());
+  std::string out(length, '\0');
+  EXPECT_EQ(Z_OK, compress2(reinterpret_cast<Bytef*>(out.data()), &length,
+                            reinterpret_cast<Bytef const*>(in.data()), in.size(), 6));
+  return out.substr(0, length);
+}
+
+}  // namespace
+
+TEST(CompressedFileTest, HeaderSectorAndSegmentStreamsOnDisk) {
+  zqa_TestDir dir;
+  cow_String empty = dir.File("empty.mdb");
+  rfm_File::CreateCompressed(empty);
+  std::string bytes = zqa_ReadFileBytes(empty);
+  ASSERT_EQ(std::size_t(kSector), bytes.size());
+  EXPECT_EQ("ZBXTSA00", bytes.substr(0, 8));
+  EXPECT_EQ(1, StoredInt(bytes, 8));
+  EXPECT_EQ(kMetadata, StoredInt(bytes, 12));
+  EXPECT_EQ(0, StoredInt(bytes, 16));
+  // Opening made segment 0, so the table has one empty segment.
+  EXPECT_EQ(0x6141C1A5, StoredInt(bytes, 20));
+  EXPECT_EQ(1, StoredInt(bytes, 24));
+  EXPECT_EQ(65536, StoredInt(bytes, 28));
+  EXPECT_EQ(1, StoredInt(bytes, 32));
+  EXPECT_EQ(0, StoredInt(bytes, 36));
+  EXPECT_EQ(-1, StoredInt(bytes, kLink));
+  EXPECT_EQ(0, rfm_File::Open(empty, utl_FileAccessRead, false)->Length());
+
+  cow_String ten = dir.File("ten.mdb");
+  rfm_File::CreateCompressed(ten)->Write("0123456789", 10);
+  bytes = zqa_ReadFileBytes(ten);
+  ASSERT_EQ(std::size_t(2 * kSector), bytes.size());
+  EXPECT_EQ(1, StoredInt(bytes, 16));
+  EXPECT_EQ(10, StoredInt(bytes, 36));
+  ASSERT_EQ(1, StoredInt(bytes, kStreamTable));
+  std::string const stream = Deflate("0123456789");
+  EXPECT_EQ(static_cast<int>(stream.size()) + 4, StoredInt(bytes, kSector));
+  EXPECT_EQ(stream, bytes.substr(kSector + 4, stream.size()));
+  EXPECT_EQ(-1, StoredInt(bytes, kSector + kLink));
+}
+
+TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("streams.bin");
+  std::string const fits = Pattern(4088, 1);
+  std::string const spills = Pattern(4089, 2);
+  {
+    rfm_SectorArray sectors(name, kMetadata);
+    sectors.GetStreamWrite(0).Write(fits.data(), 4088);
+    EXPECT_EQ(2, sectors.File().UsedSectors());
+    sectors.GetStreamWrite(1).Write(spills.data(), 4089);
+    EXPECT_EQ(4, sectors.File().UsedSectors());
+
+    rfm_SectorRead reader = sectors.GetStreamRead(1);
+    EXPECT_EQ(4093, reader.Length());
+    std::string back(4089, '\0');
+    EXPECT_EQ(4089, reader.Read(back.data(), 4089));
+    EXPECT_EQ(spills, back);
+
+    sectors.GetStreamWrite(1).Write("short", 5);
+    EXPECT_EQ(4, sectors.File().UsedSectors());
+    // The sectors the reader fetched ahead show the rewrite.
+    rfm_SectorRead again = sectors.GetStreamRead(1);
+    EXPECT_EQ(9, again.Length());
+    EXPECT_EQ(5, again.Read(back.data(), 5));
+    EXPECT_EQ("short", back.substr(0, 5));
+    sectors.Flush();
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  EXPECT_EQ(2, StoredInt(bytes, kStreamTable + 4));
+  EXPECT_EQ(9, StoredInt(bytes, 2 * kSector));
+  EXPECT_EQ(3, StoredInt(bytes, 2 * kSector + kLink));
+
+  rfm_SectorArray reopened(name, utl_FileAccessRead);
+  EXPECT_TRUE(reopened.HasStream(0));
+  EXPECT_FALSE(reopened.HasStream(2));
+  EXPECT_EQ("cell && *cell", AssertionOf([&] { reopened.GetStreamRead(2); }));
+  std::string back(4088, '\0');
+  EXPECT_EQ(4088, reopened.GetStreamRead(0).Read(back.data(), 4088));
+  EXPECT_EQ(fits, back);
+
+  // A link to no sector is damage, found when the chain is followed.
+  PutStoredInt(bytes, 2 * kSector + kLink, 99999);
+  zqa_WriteFileBytes(name, bytes);
+  rfm_SectorArray damaged(name, utl_FileAccessRead);
+  EXPECT_EQ("***ERROR: Compressed database file " + std::string(name.CStr()) +
+                " is corrupt: a sector links to no sector.",
+            MessageOf([&] {
+              std::string chain(5000, '\0');
+              damaged.GetStreamRead(1).Read(chain.data(), 5000);
+            }));
+}
+
+TEST(CompressedFileTest, TheStreamTableContinuesInASectorLinkedFromSectorZero) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("many.mdb");
+  std::string const content = Pattern(1014 * 16, 3);
+  {
+    auto file = CreateWithSegments(name, 16);
+    file->Write(content.data(), static_cast<int>(content.size()));
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  EXPECT_EQ(1014, StoredInt(bytes, 16));
+  int const next = StoredInt(bytes, kLink);
+  ASSERT_GT(next, 0);
+  // Entry 1013, the first that does not fit, opens the linked sector.
+  EXPECT_NE(0, StoredInt(bytes, std::size_t(next) * kSector));
+  EXPECT_EQ(content, ReadAll(*OpenEncoded(name, utl_FileAccessRead)));
+}
+
+TEST(CompressedFileTest, SegmentsEvictedFromTheCacheAreSavedAndReloaded) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("evict.mdb");
+  constexpr int kSegment = 1 << 17;
+  std::string content = Pattern(20 * kSegment + 100, 4);
+  {
+    auto file = CreateWithSegments(name, kSegment);
+    file->Write(content.data(), static_cast<int>(content.size()));
+    // Eight buffers of 128 KiB fit the budget.
+    EXPECT_LE(file->Table().Cache().BuffersHeld(), 8);
+    file->Seek(3 * kSegment + 5);
+    file->Write("changed", 7);
+    content.replace(3 * kSegment + 5, 7, "changed");
+    EXPECT_EQ(content, ReadAll(*file));
+  }
+  auto reopened = OpenEncoded(name, utl_FileAccessUpdate);
+  EXPECT_EQ(content, ReadAll(*reopened));
+}
+
+TEST(CompressedFileTest, ShrinkingDropsWholeSegmentsAndTheirStreamsComeBack) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("shrink.mdb");
+  auto file = CreateWithSegments(name, 16);
+  std::string content = Pattern(40, 5);
+  file->Write(content.data(), 40);
+  file->Flush();
+  file->FileExtend(-20);
+  EXPECT_EQ(20, file->Length());
+  EXPECT_EQ(20, file->Location());
+
+  // Inside the last segment there is no whole segment to drop; the
+  // location has moved all the same.
+  EXPECT_EQ("index < m_NumSegments", AssertionOf([&] { file->FileExtend(-2); }));
+  EXPECT_EQ(18, file->Location());
+
+  // Segment 2 comes back on its old stream.
+  file->Seek(20);
+  file->Write("tail of more than one segment", 29);
+  content = content.substr(0, 20) + "tail of more than one segment";
+  EXPECT_EQ(content, ReadAll(*file));
+  file.reset();
+  EXPECT_EQ(content, ReadAll(*OpenEncoded(name, utl_FileAccessRead)));
+}
+
+TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("damaged.mdb");
+  std::string const content = Pattern(3 * 1024, 6);
+  {
+    auto file = CreateWithSegments(name, 1024);
+    file->Write(content.data(), static_cast<int>(content.size()));
+  }
+  std::string const good = zqa_ReadFileBytes(name);
+  std::size_t const stream1 = std::size_t(StoredInt(good, kStreamTable + 4)) * kSector;
+  std::string const corrupt = "***ERROR: ZAE database is corrupt.";
+  std::string const fileCorrupt = "***ERROR: Compressed database file " + std::string(name.CStr()) + " is corrupt: ";
+
+  auto expectSegment1Fails = [&](std::string const& bytes, std::string const& message) {
+    zqa_WriteFileBytes(name, bytes);
+    auto file = OpenEncoded(name, utl_FileAccessRead);
+    char block[1024];
+    EXPECT_EQ(1024, file->Read(block, 1024));
+    EXPECT_EQ(content.substr(0, 1024), std::string(block, 1024));
+    // A second attempt fails the same way instead of reading stale bytes.
+    EXPECT_EQ(message, MessageOf([&] { file->Read(block, 1024); }));
+    EXPECT_EQ(message, MessageOf([&] { file->Read(block, 1024); }));
+    file->Seek(2048);
+    EXPECT_EQ(1024, file->Read(block, 1024));
+    EXPECT_EQ(content.substr(2048), std::string(block, 1024));
+  };
+
+  std::string bytes = good;
+  for (int i = 8; i < 40; ++i) bytes[stream1 + i] = static_cast<char>(~bytes[stream1 + i]);
+  expectSegment1Fails(bytes, corrupt);
+  for (int length : {2 * kSector, -1, 3}) {
+    bytes = good;
+    PutStoredInt(bytes, stream1, length);
+    expectSegment1Fails(bytes, corrupt);
+  }
+  // Damage to the header is found at open.
+  for (auto [offset, value] : {std::pair{16, 0x7fffffff}, {kStreamTable + 8, 77}, {28, 0}, {32, -1}}) {
+    bytes = good;
+    PutStoredInt(bytes, offset, value);
+    zqa_WriteFileBytes(name, bytes);
+    EXPECT_EQ(0u, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); }).find(fileCorrupt)) << offset;
+  }
+}
