@@ -7,6 +7,7 @@ class rfm_Codec;
 class rfm_SectorArray;
 class rfm_SegmentBuffer;
 class rfm_SegmentBufferCache;
+class rfm_SegmentReadAhead;
 
 // One fixed-size slice of a compressed file's logical bytes: stored encoded
 // as the stream of its index, decoded into a cache buffer while in use.
@@ -26,9 +27,11 @@ class rfm_SegmentBufferCache;
 // lacks what the buffer holds (or the stream's length is stale).
 class rfm_EncodedSegment : public rfm_SegmentBufferHolder {
 public:
+  // readAhead, when given, may hold the segment's decoded bytes already.
   rfm_EncodedSegment(int index, rfm_SectorArray& sectors, rfm_SegmentBufferCache& cache, rfm_Codec& codec,
-                     int decodedLength)
-      : m_Index(index), m_Sectors(sectors), m_Cache(cache), m_Codec(codec), m_DecodedLength(decodedLength) {}
+                     int decodedLength, rfm_SegmentReadAhead* readAhead)
+      : m_Index(index), m_Sectors(sectors), m_Cache(cache), m_Codec(codec), m_ReadAhead(readAhead),
+        m_DecodedLength(decodedLength) {}
   virtual ~rfm_EncodedSegment() = default;
   rfm_EncodedSegment(rfm_EncodedSegment const&) = delete;
   rfm_EncodedSegment& operator=(rfm_EncodedSegment const&) = delete;
@@ -44,6 +47,10 @@ public:
 
   void DiscardBuffer(int index, rfm_SegmentBuffer* buffer) override;
 
+  // The stored stream of index into *encoded; a length that no segment of
+  // decodedSize bytes can have, or a stream cut short, is damage.
+  static void ReadStream(rfm_SectorArray& sectors, int index, int decodedSize, rfm_SegmentBuffer* encoded);
+
   int Index() const { return m_Index; }
   int DecodedLength() const { return m_DecodedLength; }
   bool IsArmed() const { return m_Armed > 0; }
@@ -58,6 +65,7 @@ private:
   rfm_SectorArray& m_Sectors;
   rfm_SegmentBufferCache& m_Cache;
   rfm_Codec& m_Codec;
+  rfm_SegmentReadAhead* m_ReadAhead;
   rfm_SegmentBuffer* m_Buffer = nullptr;
   int m_DecodedLength;
   bool m_Loaded = false;

@@ -4,6 +4,7 @@
 #include "rfm_EncodedSegment.h"
 #include "rfm_SectorArray.h"
 #include "rfm_SegmentBufferCache.h"
+#include "rfm_SegmentReadAhead.h"
 
 #include <cstdint>
 #include <memory>
@@ -42,6 +43,9 @@ public:
   // The segment at index, made when needed; an index past the end grows the
   // file, and the segment that was last becomes full.
   rfm_EncodedSegment* GetSegment(int index);
+  // On a file opened for reading, starts decoding segment index ahead of
+  // its use, unless it is decoded already or has no stream.
+  void ReadAhead(int index);
   // Drops the segments from index on.
   void Trim(int index);
   // Saves every changed segment, the geometry and the stream table.
@@ -65,6 +69,8 @@ private:
   int m_SegmentSize;
   int m_NumSegments = 0;
   int m_LastSegmentSize;
+  // Only on a file opened for reading, whose streams never change.
+  std::unique_ptr<rfm_SegmentReadAhead> m_ReadAhead;
   // Made as they are first used, so a file's size costs no memory until
   // its segments are touched; m_Segments never reaches past m_NumSegments.
   std::vector<std::unique_ptr<rfm_EncodedSegment> > m_Segments;

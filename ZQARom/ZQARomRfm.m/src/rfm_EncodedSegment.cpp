@@ -5,6 +5,7 @@
 #include "rfm_SectorArray.h"
 #include "rfm_SegmentBuffer.h"
 #include "rfm_SegmentBufferCache.h"
+#include "rfm_SegmentReadAhead.h"
 
 #include <algorithm>
 #include <cstring>
@@ -38,16 +39,13 @@ void rfm_EncodedSegment::Disarm() {
 void rfm_EncodedSegment::Load() {
   ZQA_ASSERT(kSourcePath, m_Buffer);
   ZQA_ASSERT(kSourcePath, !m_Loaded);
+  if (m_ReadAhead && m_ReadAhead->Take(m_Index, m_Buffer)) {
+    m_Loaded = true;
+    return;
+  }
   if (m_Sectors.HasStream(m_Index)) {
-    rfm_SectorRead reader = m_Sectors.GetStreamRead(m_Index);
-    // The stored length counts its own four bytes. Any stream this library
-    // wrote is shorter than the encoder's worst case for a whole segment.
-    int encodedLength = reader.Length() - rfm_SectorRead::kLengthSize;
-    if (encodedLength < 0 || encodedLength > m_Buffer->Size() + m_Buffer->Size() / 10 + 12) {
-      rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
-    }
-    rfm_SegmentBuffer encoded(encodedLength);
-    if (reader.Read(encoded.Data(), encodedLength) != encodedLength) rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
+    rfm_SegmentBuffer encoded;
+    ReadStream(m_Sectors, m_Index, m_Buffer->Size(), &encoded);
     m_Codec.Decode(m_Buffer, encoded);
   } else {
     // A segment never saved reads as zeros, so no byte of the file is
@@ -55,6 +53,20 @@ void rfm_EncodedSegment::Load() {
     m_Buffer->Fill(0);
   }
   m_Loaded = true;
+}
+
+void rfm_EncodedSegment::ReadStream(rfm_SectorArray& sectors, int index, int decodedSize,
+                                    rfm_SegmentBuffer* encoded) {
+  rfm_SectorRead reader = sectors.GetStreamRead(index);
+  // The stored length counts its own four bytes. Any stream this library
+  // wrote is shorter than the encoder's worst case for a whole segment.
+  int encodedLength = reader.Length() - rfm_SectorRead::kLengthSize;
+  if (encodedLength < 0 || encodedLength > decodedSize + decodedSize / 10 + 12) {
+    rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
+  }
+  rfm_SegmentBuffer stream(encodedLength);
+  if (reader.Read(stream.Data(), encodedLength) != encodedLength) rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
+  encoded->Swap(stream);
 }
 
 void rfm_EncodedSegment::Save(rfm_SegmentBuffer* buffer) {

@@ -5,6 +5,8 @@
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
 
+#include <exception>
+
 namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_EncodedSegmentTable";
@@ -27,6 +29,7 @@ rfm_EncodedSegmentTable::rfm_EncodedSegmentTable(cow_String const& name, rfm_Cod
 rfm_EncodedSegmentTable::rfm_EncodedSegmentTable(cow_String const& name, rfm_Codec* codec, utl_FileAccess access)
     : m_Codec(codec), m_Sectors(name, access), m_SegmentSize(0), m_LastSegmentSize(0) {
   ReadHeader();
+  if (access == utl_FileAccessRead) m_ReadAhead.reset(new rfm_SegmentReadAhead(*m_Codec));
 }
 
 rfm_EncodedSegmentTable::~rfm_EncodedSegmentTable() = default;
@@ -84,9 +87,26 @@ rfm_EncodedSegment* rfm_EncodedSegmentTable::GetSegment(int index) {
   std::unique_ptr<rfm_EncodedSegment>& segment = m_Segments[static_cast<std::size_t>(index)];
   if (!segment) {
     int length = index >= m_NumSegments - 1 ? m_LastSegmentSize : m_SegmentSize;
-    segment.reset(new rfm_EncodedSegment(index, m_Sectors, m_Cache, *m_Codec, length));
+    segment.reset(new rfm_EncodedSegment(index, m_Sectors, m_Cache, *m_Codec, length, m_ReadAhead.get()));
   }
   return segment.get();
+}
+
+void rfm_EncodedSegmentTable::ReadAhead(int index) {
+  if (!m_ReadAhead || m_ReadAhead->Has(index) || index >= m_NumSegments || !m_Sectors.HasStream(index)) return;
+  if (index < static_cast<int>(m_Segments.size())) {
+    rfm_EncodedSegment const* segment = m_Segments[static_cast<std::size_t>(index)].get();
+    if (segment && (segment->IsLoaded() || segment->IsArmed())) return;
+  }
+  m_ReadAhead->Drop();
+  rfm_SegmentBuffer encoded;
+  try {
+    rfm_EncodedSegment::ReadStream(m_Sectors, index, m_SegmentSize, &encoded);
+  } catch (std::exception const&) {
+    // A damaged stream is left for the reader to find and report.
+    return;
+  }
+  m_ReadAhead->Start(index, encoded, m_SegmentSize);
 }
 
 void rfm_EncodedSegmentTable::Trim(int index) {

@@ -62,8 +62,11 @@ void rfm_FileReprEncoded::SetCurrentSegment(int index) {
 
 void rfm_FileReprEncoded::LeaveFullSegment() {
   if (m_SegmentOffset < m_SegmentSize) return;
-  SetCurrentSegment(m_CurrentSegment->Index() + 1);
+  int next = m_CurrentSegment->Index() + 1;
+  SetCurrentSegment(next);
   m_SegmentOffset = 0;
+  // A reader passing from one segment into the next reads in order.
+  if (m_ReadOnly) m_Table.ReadAhead(next + 1);
 }
 
 void rfm_FileReprEncoded::Seek(utl_FileOffset location) {

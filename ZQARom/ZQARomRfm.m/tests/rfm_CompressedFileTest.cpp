@@ -230,6 +230,20 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
   std::string bytes = good;
   for (int i = 8; i < 40; ++i) bytes[stream1 + i] = static_cast<char>(~bytes[stream1 + i]);
   expectSegment1Fails(bytes, corrupt);
+
+  // Segment 2 is decoded ahead while segment 1 is read: its damage is still
+  // reported by the read that reaches it.
+  std::size_t const stream2 = std::size_t(StoredInt(good, kStreamTable + 8)) * kSector;
+  bytes = good;
+  for (int i = 8; i < 40; ++i) bytes[stream2 + i] = static_cast<char>(~bytes[stream2 + i]);
+  zqa_WriteFileBytes(name, bytes);
+  {
+    auto file = OpenEncoded(name, utl_FileAccessRead);
+    std::string twoSegments(2048, '\0');
+    EXPECT_EQ(2048, file->Read(twoSegments.data(), 2048));
+    EXPECT_EQ(content.substr(0, 2048), twoSegments);
+    EXPECT_EQ(corrupt, MessageOf([&] { file->Read(twoSegments.data(), 1); }));
+  }
   for (int length : {2 * kSector, -1, 3}) {
     bytes = good;
     PutStoredInt(bytes, stream1, length);
