@@ -40,7 +40,7 @@ public:
   void Trim() override;
 
   // Whether the file begins with the compressed container's magic. Only
-  // the magic's first six bytes decide, not its version digits.
+  // the magic's first six bytes, "ZBXTSA", decide, not its version digits.
   static bool IsEncoded(cow_String const& name);
 
   rfm_EncodedSegmentTable& Table() { return m_Table; }

@@ -26,6 +26,8 @@
 class rfm_SectorArray {
 public:
   static constexpr int kSectorSize = 4096;
+  // The file's first bytes; the last two are the container's version digits.
+  static constexpr char kMagic[] = "ZBXTSA00";
 
   // Creates the file, truncating an old one, with room for metaSize bytes
   // of metadata.

@@ -11,8 +11,8 @@
 
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileReprEncoded";
-char const kEncodedMagic[] = "ZBXTSA";
-constexpr int kEncodedMagicLength = sizeof kEncodedMagic - 1;
+// Files are recognised by the magic without its version digits.
+constexpr int kEncodedMagicLength = sizeof rfm_SectorArray::kMagic - 3;
 }  // namespace
 
 rfm_FileReprEncoded::rfm_FileReprEncoded(cow_String const& name, rfm_Codec* codec, int segmentSize)
@@ -43,7 +43,7 @@ bool rfm_FileReprEncoded::IsEncoded(cow_String const& name) {
   utl_File file(name, utl_FileAccessRead, utl_FileShareNone);
   char head[kEncodedMagicLength];
   return file.Read(head, kEncodedMagicLength) == kEncodedMagicLength &&
-         std::memcmp(head, kEncodedMagic, kEncodedMagicLength) == 0;
+         std::memcmp(head, rfm_SectorArray::kMagic, kEncodedMagicLength) == 0;
 }
 
 void rfm_FileReprEncoded::CheckWritable(int line) const {

@@ -12,8 +12,8 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_SectorArray";
 
-char const MAGIC[] = "ZBXTSA00";
-constexpr int kMagicSize = sizeof MAGIC - 1;
+constexpr char const* MAGIC = rfm_SectorArray::kMagic;
+constexpr int kMagicSize = sizeof rfm_SectorArray::kMagic - 1;
 // The three words after the magic.
 enum { HEADER_VERSION, META_SIZE, NUM_STREAMS, kHeaderWords };
 constexpr int CURRENT_VERSION = 1;
