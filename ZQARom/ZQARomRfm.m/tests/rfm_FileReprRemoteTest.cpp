@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <dirent.h>
 #include <sys/stat.h>
@@ -267,4 +268,23 @@ TEST_F(RemoteFileTest, AnAssistantThatDiesLaterLosesTheConnectionAndIsCollected)
   // Closed in good order, the assistant ends and is collected.
   { rfm_File::Open(UrlOf(name), utl_FileAccessRead, false); }
   EXPECT_TRUE(Children().empty());
+}
+
+TEST_F(RemoteFileTest, ACacheWithNoRoomWarnsAtOpenAndRunsOutAtTheFirstRead) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("big.bin");
+  zqa_WriteFileBytes(name, std::string(2 * kPageSize, 'x'));
+  // The cache is made once a process: a child makes its own, with no room.
+  EXPECT_EQ(0, zqa_RunInChild([&] {
+              rfm_FileCache::Finalize();
+              utl_CommandLine::Instance().Set("nzdb_cache_limit", "0");
+              rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+              std::string const warning = remote->CheckNZDBCache().CStr();
+              char byte;
+              std::string const exhausted = MessageOf([&] { remote->Read(&byte, 1); });
+              if (warning.find("over five times the size of the Network ZDB cache file") == std::string::npos ||
+                  exhausted != "Cache Space Exausted.") {
+                throw std::runtime_error(warning + " / " + exhausted);
+              }
+            }));
 }
