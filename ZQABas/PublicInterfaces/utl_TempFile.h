@@ -10,8 +10,8 @@
 // that make it unique. The file is created but not held open: users open it
 // by Name() or through OpenIfPresent().
 //
-// Invariant: Name() names the file this object created; the destructor
-// removes whatever is at that name.
+// Invariant: Name() names the file this object created, or is empty once
+// the name has been removed; the destructor removes whatever is at the name.
 class ZQA_EXPORT utl_TempFile {
 public:
   // Raises nex_PrimException<atr_String, 1> naming the directory and the
@@ -31,6 +31,11 @@ public:
   // file. Raises nex_PrimException<atr_String, 1> naming the file when the
   // system cannot tell.
   unsigned long long AvailableSpace() const;
+
+  // Removes the file's name now: descriptors open on it keep working, and
+  // the system frees the file when the last of them closes, also when the
+  // process ends without cleaning up. Name() is empty from then on.
+  void RemoveName();
 
 private:
   cow_String m_Name;

@@ -40,6 +40,12 @@ public:
 protected:
   explicit rfm_FileRepr(cow_String const& name) : m_Name(name) {}
 
+  // The transfer check record at offset: written with the physical length,
+  // and checked against it, through this file's own Seek, Read and Write.
+  // The location is kept.
+  void WriteTransferRecord(int offset);
+  void CheckTransferRecord(int offset);
+
   utl_FileOffset m_Location = 0;
   utl_FileOffset m_LogicalFileSize = 0;
   utl_FileOffset m_PhysicalFileSize = 0;

@@ -36,7 +36,13 @@ utl_TempFile::utl_TempFile(cow_String const& prefix) {
   m_Name = name.c_str();
 }
 
-utl_TempFile::~utl_TempFile() { ::unlink(m_Name.CStr()); }
+utl_TempFile::~utl_TempFile() { RemoveName(); }
+
+void utl_TempFile::RemoveName() {
+  if (m_Name.Empty()) return;
+  ::unlink(m_Name.CStr());
+  m_Name = cow_String();
+}
 
 int utl_TempFile::OpenIfPresent() const {
   int descriptor;

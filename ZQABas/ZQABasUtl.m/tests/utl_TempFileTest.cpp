@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace {
@@ -46,6 +47,25 @@ TEST(TempFileTest, UniqueFileInTmpdirReadableAndRemovedOnDestruction) {
     EXPECT_LT(other.OpenIfPresent(), 0);
   }
   EXPECT_NE(0, ::access(name.CStr(), F_OK));
+
+  // With its name removed the file lives on for whoever holds it open, and
+  // a file of the same name made meanwhile is not the object's to remove.
+  utl_TempFile file("held");
+  name = file.Name();
+  int descriptor = ::open(name.CStr(), O_RDWR);
+  ASSERT_GE(descriptor, 0);
+  file.RemoveName();
+  EXPECT_TRUE(file.Name().Empty());
+  EXPECT_NE(0, ::access(name.CStr(), F_OK));
+  EXPECT_EQ(4, ::write(descriptor, "page", 4));
+  EXPECT_EQ(0, ::lseek(descriptor, 0, SEEK_SET));
+  char bytes[8] = {};
+  EXPECT_EQ(4, ::read(descriptor, bytes, sizeof bytes));
+  ::close(descriptor);
+  zqa_WriteFileBytes(name, "another");
+  file.RemoveName();
+  EXPECT_EQ("another", zqa_ReadFileBytes(name));
+  ::unlink(name.CStr());
 }
 
 TEST(TempFileTest, MissingDirectoryIsNamedInTheFailure) {

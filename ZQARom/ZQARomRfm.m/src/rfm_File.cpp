@@ -8,6 +8,7 @@
 #include "rfm_FileException.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_FileReprLocal.h"
+#include "rfm_FileReprRemote.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -25,12 +26,6 @@ void Inform(bool logify, char const* line) {
 
 bool Logify() { return std::getenv("ZBX_RFM_LOGIFY") != nullptr; }
 
-// The remote representation is not part of this build.
-[[noreturn]] void RaiseRemoteUnavailable(cow_String const& name) {
-  rfm_FileConnectExc(name, atr_translate("remote database files are not available in this build"))
-      .Throw(kSourcePath, __LINE__);
-}
-
 rfm_Codec* NewCodec() { return new rfm_CodecZip(rfm_CodecZip::kDefaultLevel); }
 
 // The checks that every reading open makes before it looks at the file.
@@ -40,10 +35,9 @@ void CheckReadable(cow_String const& name) {
   if (!path.IsReadable()) rfm_FileNotReadable(name).Throw(kSourcePath, __LINE__);
 }
 
-rfm_File OpenForReading(cow_String const& name, [[maybe_unused]] cow_String const& key, bool preallocate,
-                        bool logify) {
+rfm_File OpenForReading(cow_String const& name, cow_String const& key, bool preallocate, bool logify) {
   CheckReadable(name);
-  if (ZQABasUtlUrlParser::IsUrl(name)) RaiseRemoteUnavailable(name);
+  if (ZQABasUtlUrlParser::IsUrl(name)) return rfm_File(new rfm_FileReprRemote(name, key));
   if (rfm_FileReprEncoded::IsEncoded(name)) {
     Inform(logify, "*** Informational: Opening Compressed File based MDB.\n");
     return rfm_File(new rfm_FileReprEncoded(name, utl_FileAccessRead, NewCodec()));

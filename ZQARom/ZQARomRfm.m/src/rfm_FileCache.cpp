@@ -11,6 +11,7 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileCache";
 
+char const kCacheFilePrefix[] = "zbxrdb_cache_";
 char const kPageSizeOption[] = "nzdb_page_size";
 char const kCacheLimitOption[] = "nzdb_cache_limit";
 constexpr int kLargestPageKiB = 65536;
@@ -22,11 +23,13 @@ constexpr long long kMiB = 1 << 20;
 rfm_FileCache::rfm_FileCache() : m_PageSize(PageSizeFromCommandLine()) {
   Open();
   m_PageLimit = PageLimitFor(m_PageSize, m_TempFile->AvailableSpace());
+  m_TempFile->RemoveName();
 }
 
 rfm_FileCache::rfm_FileCache(int pageSize, long long pageLimit) : m_PageSize(pageSize), m_PageLimit(pageLimit) {
   ZQA_ASSERT(kSourcePath, pageSize > 0 && pageSize % kPageQuantum == 0);
   Open();
+  m_TempFile->RemoveName();
 }
 
 rfm_FileCache::~rfm_FileCache() {
@@ -34,8 +37,11 @@ rfm_FileCache::~rfm_FileCache() {
   m_TempFile.reset();
 }
 
+// The cache file is held open and its name removed at once: the process-wide
+// cache usually lives until the process ends, and the system then frees the
+// file however the process ended.
 void rfm_FileCache::Open() {
-  m_TempFile.reset(new utl_TempFile(cow_String()));
+  m_TempFile.reset(new utl_TempFile(kCacheFilePrefix));
   m_File.Open(m_TempFile->Name(), utl_FileAccessCreate, utl_FileShareNone);
 }
 

@@ -8,11 +8,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileCacheBlock";
-// Pages move through a buffer of this size on the stack.
-constexpr int kChunk = rfm_FileCache::kPageQuantum;
 }  // namespace
 
 void rfm_FileCacheBlock::Assign(long long key, rfm_FileCachePageMap* map) {
@@ -44,13 +43,12 @@ void rfm_FileCacheBlock::FetchPage(utl_BinIStream& in) {
                                           length, pageSize));
   }
   m_Length = 0;
-  char chunk[kChunk];
-  for (int done = 0; done < pageSize; done += kChunk) {
-    int take = std::clamp(length - done, 0, kChunk);
-    if (take > 0) in.Read(chunk, take);
-    std::memset(chunk + take, 0, static_cast<std::size_t>(kChunk - take));
-    m_Cache->WriteFile(m_FileOffset + done, chunk, kChunk);
-  }
+  // The page comes in one piece and goes to the cache file in one write:
+  // a page moved in small pieces costs a system call for each.
+  std::unique_ptr<char[]> page(new char[static_cast<std::size_t>(pageSize)]);
+  in.Read(page.get(), length);
+  std::memset(page.get() + length, 0, static_cast<std::size_t>(pageSize - length));
+  m_Cache->WriteFile(m_FileOffset, page.get(), pageSize);
   m_Length = length;
 }
 

@@ -1,35 +1,12 @@
 #include "rfm_FileReprLocal.h"
 
 #include "ZQABasAssert.h"
-#include "atr_translate.h"
 #include "rfm_DBStatusChecker.h"
 #include "rfm_FileException.h"
-
-#include <cstdint>
-#include <cstring>
 
 namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileReprLocal";
-
-// The transfer check record:
-//
-//  offset  size  content
-//       0     4  marker: written as zeros; 0A 00 0D 0A is accepted too
-//       4     8  physical file length, IEEE double in the file's byte order
-constexpr int kFtpRecordSize = 12;
-constexpr int kFtpLengthOffset = 4;
-unsigned char const kFtpMarker[4] = {0x0A, 0x00, 0x0D, 0x0A};
-unsigned char const kFtpNoMarker[4] = {0x00, 0x00, 0x00, 0x00};
-// Doubles at or above this cannot be a file length.
-constexpr double kLargestLength = 9.0e18;
-
-[[noreturn]] void RaiseCorrupt(int line) {
-  nex_ThrowMessage(kSourcePath, line,
-                   atr_translate("***ERROR: The Zorbex database file is corrupt. If this file was transferred from "
-                                 "another machine using FTP or equivalent, ensure that the file was copied using "
-                                 "the binary mode instead of ASCII mode."));
-}
 
 }  // namespace
 
@@ -97,39 +74,6 @@ rfm_FileStatus::RfmFileStatus rfm_FileReprLocal::FileStatus() {
   return m_StatusChecker ? m_StatusChecker->CheckStatus() : rfm_FileStatus::kUnchanged;
 }
 
-void rfm_FileReprLocal::FTPCheckSet(int offset) {
-  utl_FileOffset noted = m_Location;
-  unsigned char record[kFtpRecordSize] = {};
-  double length = static_cast<double>(m_PhysicalFileSize);
-  if (SwapBytes()) {
-    omi_SwapperGuts::ExternalizeArray(record + kFtpLengthOffset, &length, 1, sizeof length);
-  } else {
-    std::memcpy(record + kFtpLengthOffset, &length, sizeof length);
-  }
-  Seek(offset);
-  Write(reinterpret_cast<char const*>(record), kFtpRecordSize);
-  Seek(noted);
-}
+void rfm_FileReprLocal::FTPCheckSet(int offset) { WriteTransferRecord(offset); }
 
-void rfm_FileReprLocal::FTPCheckCheck(int offset) {
-  utl_FileOffset noted = m_Location;
-  unsigned char record[kFtpRecordSize] = {};
-  Seek(offset);
-  int got = Read(reinterpret_cast<char*>(record), kFtpRecordSize);
-  Seek(noted);
-  if (got != kFtpRecordSize) RaiseCorrupt(__LINE__);
-
-  double length;
-  if (SwapBytes()) {
-    omi_SwapperGuts::InternalizeArray(&length, record + kFtpLengthOffset, 1, sizeof length);
-  } else {
-    std::memcpy(&length, record + kFtpLengthOffset, sizeof length);
-  }
-  if (!(length >= 0.0 && length < kLargestLength)) RaiseCorrupt(__LINE__);
-  auto recorded = static_cast<utl_FileOffset>(length + 0.5);
-  if (recorded != 0) {
-    if (recorded != m_PhysicalFileSize) RaiseCorrupt(__LINE__);
-    return;
-  }
-  if (std::memcmp(record, kFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);
-}
+void rfm_FileReprLocal::FTPCheckCheck(int offset) { CheckTransferRecord(offset); }

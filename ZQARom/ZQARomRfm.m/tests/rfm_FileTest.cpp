@@ -79,11 +79,12 @@ TEST(FileTest, UrlsCanOnlyBeOpenedForReading) {
   EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::CreateCompressed(kUrl); }));
 
   // Reading passes the path checks and reaches the remote representation,
-  // which this build does not have.
-  std::string const unavailable = std::string("*** ERROR: Can't connect to remote file:\n") + kUrl +
-                                  ", reason:\nremote database files are not available in this build";
-  EXPECT_EQ(unavailable, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, utl_FileAccessRead, false); }));
-  EXPECT_EQ(unavailable, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, cow_String("key")); }));
+  // which needs the connector for a URL with a port.
+  ::unsetenv("ZOR_PATH");
+  std::string const noConnector =
+      std::string("*** ERROR: Can't connect to remote file:\n") + kUrl + ", reason:\nCannot locate dmbwtr executable";
+  EXPECT_EQ(noConnector, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, utl_FileAccessRead, false); }));
+  EXPECT_EQ(noConnector, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, cow_String("key")); }));
 }
 
 TEST(FileTest, MissingFilesAndWrongAccessAreRefused) {

@@ -1,0 +1,290 @@
+#include "rfm_FileCache.h"
+#include "rfm_FileException.h"
+#include "rfm_FileReprRemote.h"
+#include "rfm_TestAssertion.h"
+#include "rfm_TestSampleDatabase.h"
+#include "utl_CommandLine.h"
+#include "zqa_TestDir.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace rfm_Sample;
+
+// Pages of 4 KiB, so that small databases span many of them.
+constexpr int kPageSize = 4096;
+
+cow_String UrlOf(cow_String const& path) { return cow_String("zbxrdb://localhost/") + path; }
+
+rfm_FileReprRemote& RemoteOf(rfm_File const& file) { return dynamic_cast<rfm_FileReprRemote&>(*file.Repr()); }
+
+// The children of this process, with whether each has ended uncollected.
+struct Child {
+  int pid;
+  bool zombie;
+};
+
+std::vector<Child> Children() {
+  std::vector<Child> children;
+  DIR* processes = ::opendir("/proc");
+  if (processes == nullptr) return children;
+  while (dirent* entry = ::readdir(processes)) {
+    if (entry->d_name[0] < '1' || entry->d_name[0] > '9') continue;
+    std::ifstream stat(std::string("/proc/") + entry->d_name + "/stat");
+    std::string line;
+    if (!std::getline(stat, line)) continue;
+    // pid (name) state ppid ...: the name may hold blanks, so read after ')'.
+    std::size_t close = line.rfind(')');
+    char state = 0;
+    int parent = 0;
+    if (close == std::string::npos || std::sscanf(line.c_str() + close + 1, " %c %d", &state, &parent) != 2) continue;
+    if (parent == ::getpid()) children.push_back({std::atoi(entry->d_name), state == 'Z'});
+  }
+  ::closedir(processes);
+  return children;
+}
+
+int ZombieCount() {
+  int zombies = 0;
+  for (Child const& child : Children()) zombies += child.zombie ? 1 : 0;
+  return zombies;
+}
+
+// Every test finds the assistant built beside it first on PATH, and pages
+// of kPageSize.
+class RemoteFileTest : public testing::Test {
+protected:
+  void SetUp() override {
+    m_Path = std::getenv("PATH") ? std::getenv("PATH") : "";
+    Prepend(ZQA_ASSISTANT_DIRECTORY);
+    utl_CommandLine::Instance().Set("nzdb_page_size", std::to_string(kPageSize / 1024).c_str());
+    ASSERT_EQ(kPageSize, rfm_FileCache::Instance().PageSize());
+  }
+  void TearDown() override { ::setenv("PATH", m_Path.c_str(), 1); }
+
+  void Prepend(std::string const& directory) {
+    std::string path = directory + ":" + std::getenv("PATH");
+    ::setenv("PATH", path.c_str(), 1);
+  }
+
+  // A stand-in for the assistant: a shell script that does what body says.
+  void FakeAssistant(zqa_TestDir const& dir, std::string const& body) {
+    cow_String script = dir.File("rfmT_FileAssistant.exe");
+    zqa_WriteFileBytes(script, "#!/bin/sh\n" + body + "\n");
+    ASSERT_EQ(0, ::chmod(script.CStr(), 0755));
+    Prepend(dir.File("").CStr());
+  }
+
+  std::string m_Path;
+};
+
+std::string Bytes(rfm_File const& file, long long at, int count) {
+  std::string bytes(static_cast<std::size_t>(count), '\0');
+  file->Seek(at);
+  bytes.resize(static_cast<std::size_t>(file->Read(bytes.data(), count)));
+  return bytes;
+}
+
+}  // namespace
+
+TEST_F(RemoteFileTest, ReadsThroughTheAssistantGiveWhatALocalOpenGives) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("job.zdb");
+  Objects const objects = WriteDatabase(name);
+  std::vector<std::string> const local = Contents(name, objects);
+  EXPECT_EQ(local, Contents(UrlOf(name), objects));
+
+  std::string const bytes = zqa_ReadFileBytes(name);
+  rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+  EXPECT_EQ(1, RemoteOf(remote).Version());
+  EXPECT_EQ(static_cast<long long>(bytes.size()), remote->Length());
+  EXPECT_EQ(bytes, Bytes(remote, 0, static_cast<int>(bytes.size())));
+  // Across page boundaries, from pages already held and pages not yet.
+  EXPECT_EQ(bytes.substr(kPageSize - 3, 10), Bytes(remote, kPageSize - 3, 10));
+  EXPECT_EQ(bytes.substr(bytes.size() - 5), Bytes(remote, static_cast<long long>(bytes.size()) - 5, 100));
+  long long const fetched = RemoteOf(remote).PagesFetched();
+  EXPECT_EQ(bytes.substr(100, 3 * kPageSize), Bytes(remote, 100, 3 * kPageSize));
+  EXPECT_EQ(fetched, RemoteOf(remote).PagesFetched());
+  // Past the end there is nothing, and no failure.
+  EXPECT_EQ("", Bytes(remote, static_cast<long long>(bytes.size()) + 5 * kPageSize, 10));
+  EXPECT_EQ("", remote->CheckNZDBCache());
+
+  std::string const refused = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + UrlOf(name).CStr();
+  EXPECT_TRUE(remote->ReadOnly());
+  EXPECT_EQ(refused, MessageOf([&] { remote->Write("x", 1); }));
+  EXPECT_EQ(refused, MessageOf([&] { remote->FileExtend(1); }));
+  EXPECT_EQ(refused, MessageOf([&] { remote->Trim(); }));
+  EXPECT_EQ(refused, MessageOf([&] { remote->FTPCheckSet(500); }));
+  EXPECT_EQ("rfm_FileReprRemote::Read: Invalid length when reading file.",
+            MessageOf([&] { remote->Read(nullptr, -1); }));
+}
+
+TEST_F(RemoteFileTest, AFileOfWholePagesReadsToItsEndAndOneEmptyPageMore) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("pages.bin");
+  std::string bytes(3 * kPageSize, '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 31 / 7);
+  zqa_WriteFileBytes(name, bytes);
+  rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+  EXPECT_EQ(bytes, Bytes(remote, 0, 3 * kPageSize));
+  EXPECT_EQ(3 * kPageSize, remote->Location());
+  EXPECT_EQ(3, RemoteOf(remote).PagesFetched());
+  char more[8];
+  EXPECT_EQ(0, remote->Read(more, sizeof more));
+  EXPECT_EQ(3 * kPageSize, remote->Location());
+  EXPECT_EQ(4, RemoteOf(remote).PagesFetched());
+}
+
+TEST_F(RemoteFileTest, AReaderFollowsALocalWriterAndFetchesAgainOnlyWhatChanged) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("growing.zdb");
+  rfm_Database writer = CreateTestDatabase(name);
+  rfm_TableMetadata layout("Steps", 1);
+  layout.DefineIntField("step");
+  layout.DefineDoubleField("value");
+  rfm_Table table = writer.Table(layout, -1, -1);
+  auto append = [&](int from, int to) {
+    for (int step = from; step < to; ++step) {
+      rfm_Row row = table.NewRow();
+      row.WriteFieldInt(rfm_FieldHandle(0), step);
+      row.WriteFieldDouble(rfm_FieldHandle(1), step * 0.5);
+    }
+    table.Flush();
+    writer.Flush();
+  };
+  append(0, 4000);
+
+  rfm_File file = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+  rfm_Database reader = rfm_Database::Open(file, "");
+  rfm_Table seen = reader.Table(table.Handle(), -1, -1);
+  auto check = [&](int rows) {
+    ASSERT_EQ(rows, seen.Length());
+    for (int at = 0; at < rows; ++at) {
+      rfm_Row row = seen.ReadRow(at);
+      ASSERT_EQ(at, row.ReadFieldInt(rfm_FieldHandle(0)));
+      ASSERT_EQ(at * 0.5, row.ReadFieldDouble(rfm_FieldHandle(1)));
+    }
+  };
+  check(4000);
+  rfm_FileReprRemote& remote = RemoteOf(file);
+  long long const wholeFile = remote.PagesFetched();
+  ASSERT_GT(wholeFile, 10);
+  EXPECT_EQ(rfm_FileStatus::kUnchanged, reader.FileStatus());
+
+  writer.ReaderSemaphoreSet();
+  EXPECT_EQ(rfm_FileStatus::kInTransaction, reader.FileStatus());
+  append(4000, 4100);
+  writer.ReaderSemaphoreClear();
+  // The assistant tells of the flush in the answer to the first request,
+  // here a page the file did not have before; the status still says it.
+  char byte;
+  file->Seek(zqa_ReadFileBytes(name).size() - 1);
+  ASSERT_EQ(1, file->Read(&byte, 1));
+  EXPECT_EQ(rfm_FileStatus::kFlushed, reader.FileStatus());
+  EXPECT_EQ(rfm_FileStatus::kUnchanged, reader.FileStatus());
+  EXPECT_TRUE(reader.Snap());
+  seen.Snap();
+  check(4100);
+  // Block 0, the groups, the table's header and its last pages came again;
+  // the rows that did not move did not.
+  long long const again = remote.PagesFetched() - wholeFile;
+  EXPECT_GT(again, 0);
+  EXPECT_LT(again, wholeFile / 2);
+}
+
+TEST_F(RemoteFileTest, AnAssistantThatFailsToOpenIsQuotedAndCollected) {
+  zqa_TestDir dir;
+  cow_String missing = dir.File("missing.zdb");
+  std::string const connect = std::string("*** ERROR: Can't connect to remote file:\n") + UrlOf(missing).CStr() +
+                              ", reason:\n";
+  std::string message = MessageOf([&] { rfm_File::Open(UrlOf(missing), utl_FileAccessRead, false); });
+  EXPECT_EQ(0u, message.find(connect + "assistant, ")) << message;
+  EXPECT_NE(std::string::npos, message.find(missing.CStr(), connect.size())) << message;
+  EXPECT_EQ(0, ZombieCount());
+
+  EXPECT_EQ("ZQABasUtlUrlParser::GetHost(url) == \"localhost\"",
+            AssertionOf([&] { rfm_File::Open("zbxrdb://elsewhere//x.zdb", utl_FileAccessRead, false); }));
+
+  zqa_TestDir fakes;
+  FakeAssistant(fakes,
+                "echo 'assistant, the first' >&2\n"
+                "echo 'Zorbex Error: the disk is on fire' >&2\n"
+                "echo 'not a reason' >&2\n"
+                "exit 3");
+  cow_String url = UrlOf(dir.File("any.zdb"));
+  EXPECT_EQ(std::string("*** ERROR: Can't connect to remote file:\n") + url.CStr() +
+                ", reason:\nZorbex Error: the disk is on fire",
+            MessageOf([&] { rfm_File::Open(url, utl_FileAccessRead, false); }));
+
+  zqa_TestDir silent;
+  FakeAssistant(silent, "exit 1");
+  EXPECT_EQ(std::string("*** ERROR: Can't connect to remote file:\n") + url.CStr() + ", reason:\nCan't be determined",
+            MessageOf([&] { rfm_File::Open(url, utl_FileAccessRead, false); }));
+
+  // A server that speaks no version this library speaks: it answers 0.
+  zqa_TestDir old;
+  FakeAssistant(old, "printf '\\000\\000'; cat >/dev/null");
+  EXPECT_EQ(std::string("*** ERROR: Can't connect to remote file:\n") + url.CStr() +
+                ", reason:\nthe file assistant speaks version 0 of the page protocol, this library version 1",
+            MessageOf([&] { rfm_File::Open(url, utl_FileAccessRead, false); }));
+  EXPECT_EQ(0, ZombieCount());
+}
+
+TEST_F(RemoteFileTest, AnAssistantThatDiesLaterLosesTheConnectionAndIsCollected) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("job.zdb");
+  WriteDatabase(name);
+  {
+    rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+    char byte;
+    ASSERT_EQ(1, remote->Read(&byte, 1));
+    std::vector<Child> children = Children();
+    ASSERT_EQ(1u, children.size());
+    ASSERT_EQ(0, ::kill(children[0].pid, SIGKILL));
+
+    std::string const lost = std::string("*** ERROR: Lost connection to remote file:\n") + UrlOf(name).CStr() +
+                             ", reason:\nCan't be determined";
+    // A page already held still reads; the next one needs the assistant.
+    EXPECT_EQ(1, remote->Read(&byte, 1));
+    std::string page(kPageSize, '\0');
+    EXPECT_EQ(lost, MessageOf([&] { remote->Read(page.data(), kPageSize); }));
+    EXPECT_EQ(0, ZombieCount());
+    EXPECT_EQ(lost, MessageOf([&] { remote->FileStatus(); }));
+  }
+  EXPECT_TRUE(Children().empty());
+
+  // Closed in good order, the assistant ends and is collected.
+  { rfm_File::Open(UrlOf(name), utl_FileAccessRead, false); }
+  EXPECT_TRUE(Children().empty());
+}
+
+TEST_F(RemoteFileTest, ACacheWithNoRoomWarnsAtOpenAndRunsOutAtTheFirstRead) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("big.bin");
+  zqa_WriteFileBytes(name, std::string(2 * kPageSize, 'x'));
+  // The cache is made once a process: a child makes its own, with no room.
+  EXPECT_EQ(0, zqa_RunInChild([&] {
+              rfm_FileCache::Finalize();
+              utl_CommandLine::Instance().Set("nzdb_cache_limit", "0");
+              rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
+              std::string const warning = remote->CheckNZDBCache().CStr();
+              char byte;
+              std::string const exhausted = MessageOf([&] { remote->Read(&byte, 1); });
+              if (warning.find("over five times the size of the Network ZDB cache file") == std::string::npos ||
+                  exhausted != "Cache Space Exausted.") {
+                throw std::runtime_error(warning + " / " + exhausted);
+              }
+            }));
+}
