@@ -3,6 +3,7 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "rfm_ArrayRepr.h"
 #include "rfm_Block0.h"
 #include "rfm_DBMetadata.h"
 #include "rfm_HandleConverter.h"
@@ -89,7 +90,8 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
     case kRfmTaggedStreamMagic:
       return rfm_TypeStream;
     case kRfmArrayMagic:
-      return static_cast<rfm_Type>(words[2]);
+      // A damaged element type answers none: a value outside the enumeration cannot be one.
+      return rfm_ArrayRepr::IsElementType(words[2]) ? static_cast<rfm_Type>(words[2]) : rfm_TypeNone;
     default:
       return rfm_TypeSpace;
   }
