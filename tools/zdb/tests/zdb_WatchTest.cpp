@@ -81,3 +81,15 @@ TEST(ZdbWatchTest, AReaderBesideAWriterIsToldOfFlushesTransactionsAReplacementAn
   EXPECT_EQ("", end.m_Out) << "nothing more after an interrupt";
   EXPECT_EQ("", end.m_Err);
 }
+
+TEST(ZdbWatchTest, ACompressedFileIsRefusedSinceItsReadersDoNotFollowAWriter) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("sample.zdb"), rfm_TestFileKind::Compressed);
+  zdb_Run run = RunZdb({"watch", sample.m_Name, "--interval", "0.02"});
+  EXPECT_EQ(1, run.m_Status);
+  EXPECT_EQ("", run.m_Out);
+  EXPECT_EQ("zdb watch: " + sample.m_Name +
+                ": is compressed, and a compressed file is read as it was when opened: its readers do not follow a "
+                "writer\n",
+            run.m_Err);
+}
