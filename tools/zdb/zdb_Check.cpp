@@ -111,7 +111,9 @@ zdb_Command const zdb_CheckCommand = {
     "table, array and tagged stream: headers, layouts, whole rows, presence\n"
     "bits, item tags and sizes, and that every stored string is in the pool.\n"
     "\n"
-    "Prints each problem on a line of its own, then a summary line naming the\n"
-    "file. Exit status 0 when nothing was found, 1 when something was.\n",
+    "Prints each problem on a line of its own (a problem repeated in every row\n"
+    "of one object five times, then counted), then a summary line naming the\n"
+    "file. Exit status 0 when nothing was found, 1 when something was. Check a\n"
+    "file while no writer is flushing it: a flush half done looks damaged.\n",
     Run,
 };

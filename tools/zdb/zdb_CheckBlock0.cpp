@@ -1,6 +1,7 @@
 #include "zdb_CheckBlock0.h"
 
 #include "rfm_Block0.h"
+#include "rfm_FtpRecord.h"
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckReport.h"
 
@@ -12,16 +13,12 @@ namespace {
 
 char const kSubject[] = "block 0: ";
 
-// The marker bytes an old writer put before a zero length; readers accept
-// them as well as zeros.
-constexpr unsigned char kOldTransferMarker[4] = {0x0A, 0x00, 0x0D, 0x0A};
-
 void CheckTransferRecord(char const* block0, zdb_CheckBytes& bytes, zdb_CheckReport& report) {
   char const* record = block0 + kRfmFtpRecordOffset;
   utl_FileOffset recorded = 0;
-  if (!zdb_StoredOffset(record + 4, recorded)) {
+  if (!zdb_StoredOffset(record + kRfmFtpLengthOffset, recorded)) {
     report.Problem(std::string(kSubject) + "the transfer check record holds no valid length (" +
-                   zdb_StoredDoubleText(record + 4) + ")");
+                   zdb_StoredDoubleText(record + kRfmFtpLengthOffset) + ")");
     return;
   }
   if (recorded != 0) {
@@ -32,7 +29,7 @@ void CheckTransferRecord(char const* block0, zdb_CheckBytes& bytes, zdb_CheckRep
     return;
   }
   static char const kZeros[4] = {};
-  if (std::memcmp(record, kZeros, 4) != 0 && std::memcmp(record, kOldTransferMarker, 4) != 0) {
+  if (std::memcmp(record, kZeros, 4) != 0 && std::memcmp(record, kRfmFtpMarker, 4) != 0) {
     char marker[32];
     std::snprintf(marker, sizeof marker, "%02X %02X %02X %02X", static_cast<unsigned char>(record[0]),
                   static_cast<unsigned char>(record[1]), static_cast<unsigned char>(record[2]),

@@ -1,5 +1,6 @@
 #include "zdb_CheckCatalogue.h"
 
+#include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckPool.h"
@@ -11,9 +12,8 @@
 
 namespace {
 
-constexpr int kRecordHead = 12;  // the length word and the table name
-constexpr int kFieldEntry = 12;  // a type word and a field name
-constexpr int kExternalString = 8;
+constexpr int kRecordHead = 4 + zdb_CheckPool::kExternalSize;  // the length word and the table name
+constexpr int kFieldEntry = 4 + zdb_CheckPool::kExternalSize;  // a type word and a field name
 
 }  // namespace
 
@@ -22,10 +22,12 @@ int zdb_FieldSize(int type) {
     case rfm_TypeInt:
     case rfm_TypeFloat:
       return 4;
-    case rfm_TypeHandle:
     case rfm_TypeDouble:
-    case rfm_TypeString:
       return 8;
+    case rfm_TypeHandle:
+      return rfm_HandleConverter::ExternalSize();
+    case rfm_TypeString:
+      return zdb_CheckPool::kExternalSize;
     default:
       return 0;
   }

@@ -18,7 +18,6 @@ namespace {
 constexpr int kTableHeader = 12;
 constexpr int kArrayHeader = rfm_ArrayRepr::kHeaderSize;
 constexpr int kStreamHeader = rfm_TaggedStreamRepr::kHeaderSize;
-constexpr int kExternalString = 8;
 
 // The header of an object, when its space holds it; the bytes that cannot
 // be read have been reported where they lie.
@@ -124,9 +123,9 @@ void zdb_CheckObjects::CheckArray(zdb_CheckSpace const& space, std::string const
   utl_FileOffset rows = body / rowSize;
   if (body % rowSize != 0) ReportPartialRow(m_Report, subject, rows, body % rowSize);
   if (type != rfm_TypeString) return;
-  char external[kExternalString];
+  char external[zdb_CheckPool::kExternalSize];
   for (utl_FileOffset element = 0; element < rows * fields; ++element) {
-    if (!space.Read(kArrayHeader + element * kExternalString, external, sizeof external)) return;
+    if (!space.Read(kArrayHeader + element * zdb_CheckPool::kExternalSize, external, sizeof external)) return;
     CheckString(subject, "row " + std::to_string(element / fields) + ", element " + std::to_string(element % fields),
                 external);
   }
@@ -160,7 +159,7 @@ void zdb_CheckObjects::CheckStream(zdb_CheckSpace const& space, std::string cons
       return;
     }
     if (tag == rfm_TypeString) {
-      char external[kExternalString];
+      char external[zdb_CheckPool::kExternalSize];
       if (!space.Read(offset, external, sizeof external)) return;
       CheckString(subject, where, external);
     }

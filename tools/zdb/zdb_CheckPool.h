@@ -1,6 +1,7 @@
 #ifndef zdb_CheckPool_h
 #define zdb_CheckPool_h
 
+#include "rfm_OffsetConverter.h"
 #include "utl_FileOffset.h"
 
 #include <cstdint>
@@ -20,6 +21,8 @@ class zdb_CheckSpace;
 class zdb_CheckPool {
 public:
   static constexpr char const* kSubject = "string pool (handle 1)";
+  // An external string is the record's offset in the form of a stored offset.
+  static constexpr int kExternalSize = rfm_OffsetConverter::ExternalSize();
 
   // space is null when the file has no object at handle 1.
   zdb_CheckPool(zdb_CheckSpace const* space, zdb_CheckReport& report);

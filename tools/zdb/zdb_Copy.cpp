@@ -7,6 +7,7 @@
 #include "rfm_Database.h"
 #include "rfm_File.h"
 #include "rfm_FileReprEncoded.h"
+#include "rfm_FtpRecord.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
 #include "zdb_Failure.h"
@@ -21,8 +22,6 @@
 namespace {
 
 constexpr int kBlockSize = 1 << 20;
-// The transfer check record: kept by a plain file, all zeros in a compressed one.
-constexpr int kRecordSize = 12;
 
 bool IsCompressed(rfm_File const& file) { return dynamic_cast<rfm_FileReprEncoded*>(file.Repr()) != nullptr; }
 
@@ -43,7 +42,7 @@ void ReadBlock(rfm_File const& file, utl_FileOffset offset, char* buffer, int co
 // of both kinds compare equal.
 void BlankRecord(utl_FileOffset offset, char* block, int count) {
   utl_FileOffset start = std::max<utl_FileOffset>(offset, kRfmFtpRecordOffset);
-  utl_FileOffset end = std::min<utl_FileOffset>(offset + count, kRfmFtpRecordOffset + kRecordSize);
+  utl_FileOffset end = std::min<utl_FileOffset>(offset + count, kRfmFtpRecordOffset + kRfmFtpRecordSize);
   if (start < end) std::memset(block + (start - offset), 0, static_cast<std::size_t>(end - start));
 }
 
@@ -108,9 +107,9 @@ int Copy(std::vector<std::string> const& words, bool compress) {
                             : rfm_File::Open(outName.c_str(), utl_FileAccessCreate, false);
     utl_FileOffset total = CopyBytes(in, out, inName);
     if (compress) {
-      char const zeros[kRecordSize] = {};
+      char const zeros[kRfmFtpRecordSize] = {};
       out->Seek(kRfmFtpRecordOffset);
-      out->Write(zeros, kRecordSize);
+      out->Write(zeros, kRfmFtpRecordSize);
     } else {
       out->FTPCheckSet(kRfmFtpRecordOffset);
     }
