@@ -3,6 +3,8 @@
 
 // The transfer check record of a plain file (at offset 500 of block 0): a
 // transfer in text mode changes a binary file's size, and the record tells.
+// Readers of the record that stand outside the file layer take its layout
+// from here.
 //
 //  offset  size  content
 //       0     4  marker: written as zeros; 0A 00 0D 0A is accepted too

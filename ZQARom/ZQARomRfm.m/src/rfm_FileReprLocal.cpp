@@ -4,7 +4,6 @@
 #include "atr_translate.h"
 #include "rfm_DBStatusChecker.h"
 #include "rfm_FileException.h"
-#include "rfm_FtpRecord.h"
 
 #include <cstdint>
 #include <cstring>
@@ -13,6 +12,14 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileReprLocal";
 
+// The transfer check record:
+//
+//  offset  size  content
+//       0     4  marker: written as zeros; 0A 00 0D 0A is accepted too
+//       4     8  physical file length, IEEE double in the file's byte order
+constexpr int kFtpRecordSize = 12;
+constexpr int kFtpLengthOffset = 4;
+unsigned char const kFtpMarker[4] = {0x0A, 0x00, 0x0D, 0x0A};
 unsigned char const kFtpNoMarker[4] = {0x00, 0x00, 0x00, 0x00};
 // Doubles at or above this cannot be a file length.
 constexpr double kLargestLength = 9.0e18;
@@ -92,31 +99,31 @@ rfm_FileStatus::RfmFileStatus rfm_FileReprLocal::FileStatus() {
 
 void rfm_FileReprLocal::FTPCheckSet(int offset) {
   utl_FileOffset noted = m_Location;
-  unsigned char record[kRfmFtpRecordSize] = {};
+  unsigned char record[kFtpRecordSize] = {};
   double length = static_cast<double>(m_PhysicalFileSize);
   if (SwapBytes()) {
-    omi_SwapperGuts::ExternalizeArray(record + kRfmFtpLengthOffset, &length, 1, sizeof length);
+    omi_SwapperGuts::ExternalizeArray(record + kFtpLengthOffset, &length, 1, sizeof length);
   } else {
-    std::memcpy(record + kRfmFtpLengthOffset, &length, sizeof length);
+    std::memcpy(record + kFtpLengthOffset, &length, sizeof length);
   }
   Seek(offset);
-  Write(reinterpret_cast<char const*>(record), kRfmFtpRecordSize);
+  Write(reinterpret_cast<char const*>(record), kFtpRecordSize);
   Seek(noted);
 }
 
 void rfm_FileReprLocal::FTPCheckCheck(int offset) {
   utl_FileOffset noted = m_Location;
-  unsigned char record[kRfmFtpRecordSize] = {};
+  unsigned char record[kFtpRecordSize] = {};
   Seek(offset);
-  int got = Read(reinterpret_cast<char*>(record), kRfmFtpRecordSize);
+  int got = Read(reinterpret_cast<char*>(record), kFtpRecordSize);
   Seek(noted);
-  if (got != kRfmFtpRecordSize) RaiseCorrupt(__LINE__);
+  if (got != kFtpRecordSize) RaiseCorrupt(__LINE__);
 
   double length;
   if (SwapBytes()) {
-    omi_SwapperGuts::InternalizeArray(&length, record + kRfmFtpLengthOffset, 1, sizeof length);
+    omi_SwapperGuts::InternalizeArray(&length, record + kFtpLengthOffset, 1, sizeof length);
   } else {
-    std::memcpy(&length, record + kRfmFtpLengthOffset, sizeof length);
+    std::memcpy(&length, record + kFtpLengthOffset, sizeof length);
   }
   if (!(length >= 0.0 && length < kLargestLength)) RaiseCorrupt(__LINE__);
   auto recorded = static_cast<utl_FileOffset>(length + 0.5);
@@ -124,5 +131,5 @@ void rfm_FileReprLocal::FTPCheckCheck(int offset) {
     if (recorded != m_PhysicalFileSize) RaiseCorrupt(__LINE__);
     return;
   }
-  if (std::memcmp(record, kRfmFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);
+  if (std::memcmp(record, kFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);
 }
