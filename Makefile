@@ -1,5 +1,5 @@
-# Quick start: `make demo` runs the example job, `make test` builds and runs
-# every test. `make test ASAN=ON` does the same under the address and
+# Quick start: `make demo` builds everything, writes the example results
+# file and looks at it with zdb; `make test` builds and runs every test. `make test ASAN=ON` does the same under the address and
 # undefined-behaviour sanitizers, in a build folder of its own.
 
 ASAN ?= OFF
@@ -21,7 +21,7 @@ build: configure
 	cmake --build $(BUILD) -j $(JOBS)
 
 demo: build
-	cd $(BUILD) && ./examples/typed_file
+	bash examples/demo.sh $(BUILD)
 
 test: build
 	ctest --test-dir $(BUILD) -j $(JOBS) --output-on-failure

@@ -61,7 +61,8 @@ public:
   rfm_TaggedStreamRepr* TaggedStream(int bufferSize);
 
   // The type of the object at handle, told by its first words: a table, a
-  // tagged stream, an array's element type, or a plain space.
+  // tagged stream, an array's element type (none for an array whose element
+  // type is damaged), or a plain space.
   rfm_Type HandleType(rfm_Handle const& handle);
 
   // The catalogue of tables (see rfm_DBMetadata).

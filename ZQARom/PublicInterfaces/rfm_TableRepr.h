@@ -39,6 +39,10 @@ public:
   rfm_TableRepr(rfm_TableRepr const&) = delete;
   rfm_TableRepr& operator=(rfm_TableRepr const&) = delete;
 
+  // Bytes a field of type takes in a row, 0 for a type no field can have
+  // (any int is welcome: a checker asks with what a file holds).
+  static int FieldSize(int type, int externalStringSize);
+
   rfm_Row NewRow();
   rfm_Row UpdateRow(int row);
   rfm_Row ReadRow(int row);

@@ -78,6 +78,10 @@ public:
   // Grows the file's logical length; when the real file grows, the transfer
   // record follows it.
   void Extend(utl_FileOffset delta);
+  // The handles of every object, in group and slot order: the used slots
+  // with a location that no other used slot continues.
+  std::vector<rfm_Handle> ObjectHandles() const;
+  int GroupCount() const { return static_cast<int>(m_Groups.size()); }
   // More links than any chain can have: a longer walk means a damaged file.
   int ChainLimit() const { return static_cast<int>(m_Groups.size()) * rfm_DatabaseGroup::kSlots; }
   [[noreturn]] void RaiseCorrupt(int line) const;

@@ -46,14 +46,10 @@ constexpr int kElementsPerCall = 1 << 27;
 
 [[noreturn]] void RaiseIllegalType(int line) { Raise(line, "rfm_ArrayRepr::RowSize - illegal array type."); }
 
-bool IsElementType(int type) {
-  return type == rfm_TypeInt || type == rfm_TypeFloat || type == rfm_TypeDouble || type == rfm_TypeString;
-}
-
 // Checks the arguments before anything is allocated: a new array that can
 // never be made must not take a slot in the database.
 rfm_SpaceRepr* NewArraySpace(rfm_DatabaseRepr& database, rfm_Type type, int fieldsPerRow, int quantum) {
-  if (!IsElementType(type)) RaiseIllegalType(__LINE__);
+  if (!rfm_ArrayRepr::IsElementType(type)) RaiseIllegalType(__LINE__);
   ZQA_ASSERT(kSourcePath, fieldsPerRow > 0);
   ZQA_ASSERT(kSourcePath, fieldsPerRow <= rfm_ArrayRepr::kMaxFieldsPerRow);
   if (database.ReadOnly()) rfm_IssueWritingToReadOnlyException();
@@ -106,6 +102,10 @@ void WriteElements(rfm_IOBuffer& buffer, cow_String const* data, int count) { bu
 
 }  // namespace
 
+bool rfm_ArrayRepr::IsElementType(int type) {
+  return type == rfm_TypeInt || type == rfm_TypeFloat || type == rfm_TypeDouble || type == rfm_TypeString;
+}
+
 rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int bufferSize)
     : m_Database(&database), m_Space(database.Space(handle, quantum)), m_Buffer(m_Space.get(), bufferSize),
       m_FlushCountSeen(database.GetFlushCount()) {
@@ -115,7 +115,7 @@ rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
     Raise(__LINE__,
           "rfm_ArrayRepr::rfm_ArrayRepr: Handle is not to an Array object in ZDB/ZAE file.  File may be unusable.");
   }
-  if (!IsElementType(header[2]) || header[3] < 1 || header[3] > kMaxFieldsPerRow) RaiseCorrupt(__LINE__);
+  if (!rfm_ArrayRepr::IsElementType(header[2]) || header[3] < 1 || header[3] > kMaxFieldsPerRow) RaiseCorrupt(__LINE__);
   m_ChangeCount = header[1];
   m_Type = static_cast<rfm_Type>(header[2]);
   m_FieldsPerRow = header[3];

@@ -3,6 +3,7 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "rfm_ArrayRepr.h"
 #include "rfm_Block0.h"
 #include "rfm_DBMetadata.h"
 #include "rfm_HandleConverter.h"
@@ -89,7 +90,8 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
     case kRfmTaggedStreamMagic:
       return rfm_TypeStream;
     case kRfmArrayMagic:
-      return static_cast<rfm_Type>(words[2]);
+      // A damaged element type answers none: a value outside the enumeration cannot be one.
+      return rfm_ArrayRepr::IsElementType(words[2]) ? static_cast<rfm_Type>(words[2]) : rfm_TypeNone;
     default:
       return rfm_TypeSpace;
   }
@@ -400,8 +402,7 @@ cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
   return statistics;
 }
 
-cow_String rfm_DatabaseReprFile::GetObjectLocationReport(utl_FileOffset const& offset) const {
-  // Heads are the used slots with a location that no other slot continues.
+std::vector<rfm_Handle> rfm_DatabaseReprFile::ObjectHandles() const {
   for (auto const& group : m_Groups) {
     for (int slot = 0; slot < group->m_Used; ++slot) {
       group->m_Linkages[slot].m_Head = slot > 0 && group->m_Linkages[slot].m_Location != 0;
@@ -414,23 +415,29 @@ cow_String rfm_DatabaseReprFile::GetObjectLocationReport(utl_FileOffset const& o
       m_Groups[link.m_Next.Group()]->m_Linkages[link.m_Next.Slot()].m_Head = false;
     }
   }
+  std::vector<rfm_Handle> heads;
   for (std::size_t index = 0; index < m_Groups.size(); ++index) {
     rfm_DatabaseGroup const& group = *m_Groups[index];
     for (int slot = 1; slot < group.m_Used; ++slot) {
-      if (!group.m_Linkages[slot].m_Head) continue;
-      rfm_Handle head = rfm_Handle::Make(static_cast<int>(index), slot);
-      utl_FileOffset before = 0;
-      int steps = 0;
-      for (rfm_Handle link = head; !link.IsNull() && steps <= ChainLimit(); ++steps) {
-        rfm_Linkage const& extent = Linkage(link);
-        if (extent.m_Location == 0) break;
-        if (extent.m_Location <= offset && offset < extent.m_Location + extent.m_Length) {
-          return atr_SubstituteFormat("Object: %08x - Offset: %20.0lf", head.Value(),
-                                      static_cast<double>(before + offset - extent.m_Location));
-        }
-        before += extent.m_Length;
-        link = extent.m_Next;
+      if (group.m_Linkages[slot].m_Head) heads.push_back(rfm_Handle::Make(static_cast<int>(index), slot));
+    }
+  }
+  return heads;
+}
+
+cow_String rfm_DatabaseReprFile::GetObjectLocationReport(utl_FileOffset const& offset) const {
+  for (rfm_Handle head : ObjectHandles()) {
+    utl_FileOffset before = 0;
+    int steps = 0;
+    for (rfm_Handle link = head; !link.IsNull() && steps <= ChainLimit(); ++steps) {
+      rfm_Linkage const& extent = Linkage(link);
+      if (extent.m_Location == 0) break;
+      if (extent.m_Location <= offset && offset < extent.m_Location + extent.m_Length) {
+        return atr_SubstituteFormat("Object: %08x - Offset: %20.0lf", head.Value(),
+                                    static_cast<double>(before + offset - extent.m_Location));
       }
+      before += extent.m_Length;
+      link = extent.m_Next;
     }
   }
   return atr_translate("Object not found.");

@@ -2,6 +2,7 @@
 
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
+#include "rfm_FtpRecord.h"
 #include "rfm_ReaderSemaphore.h"
 
 #include <cstring>
@@ -10,14 +11,6 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileRepr";
 
-// The transfer check record:
-//
-//  offset  size  content
-//       0     4  marker: written as zeros; 0A 00 0D 0A is accepted too
-//       4     8  physical file length, IEEE double in the file's byte order
-constexpr int kFtpRecordSize = 12;
-constexpr int kFtpLengthOffset = 4;
-unsigned char const kFtpMarker[4] = {0x0A, 0x00, 0x0D, 0x0A};
 unsigned char const kFtpNoMarker[4] = {0x00, 0x00, 0x00, 0x00};
 // Doubles at or above this cannot be a file length.
 constexpr double kLargestLength = 9.0e18;
@@ -61,31 +54,31 @@ void rfm_FileRepr::ReaderSemaphoreClear() {
 
 void rfm_FileRepr::WriteTransferRecord(int offset) {
   utl_FileOffset noted = m_Location;
-  unsigned char record[kFtpRecordSize] = {};
+  unsigned char record[kRfmFtpRecordSize] = {};
   double length = static_cast<double>(m_PhysicalFileSize);
   if (SwapBytes()) {
-    omi_SwapperGuts::ExternalizeArray(record + kFtpLengthOffset, &length, 1, sizeof length);
+    omi_SwapperGuts::ExternalizeArray(record + kRfmFtpLengthOffset, &length, 1, sizeof length);
   } else {
-    std::memcpy(record + kFtpLengthOffset, &length, sizeof length);
+    std::memcpy(record + kRfmFtpLengthOffset, &length, sizeof length);
   }
   Seek(offset);
-  Write(reinterpret_cast<char const*>(record), kFtpRecordSize);
+  Write(reinterpret_cast<char const*>(record), kRfmFtpRecordSize);
   Seek(noted);
 }
 
 void rfm_FileRepr::CheckTransferRecord(int offset) {
   utl_FileOffset noted = m_Location;
-  unsigned char record[kFtpRecordSize] = {};
+  unsigned char record[kRfmFtpRecordSize] = {};
   Seek(offset);
-  int got = Read(reinterpret_cast<char*>(record), kFtpRecordSize);
+  int got = Read(reinterpret_cast<char*>(record), kRfmFtpRecordSize);
   Seek(noted);
-  if (got != kFtpRecordSize) RaiseCorrupt(__LINE__);
+  if (got != kRfmFtpRecordSize) RaiseCorrupt(__LINE__);
 
   double length;
   if (SwapBytes()) {
-    omi_SwapperGuts::InternalizeArray(&length, record + kFtpLengthOffset, 1, sizeof length);
+    omi_SwapperGuts::InternalizeArray(&length, record + kRfmFtpLengthOffset, 1, sizeof length);
   } else {
-    std::memcpy(&length, record + kFtpLengthOffset, sizeof length);
+    std::memcpy(&length, record + kRfmFtpLengthOffset, sizeof length);
   }
   if (!(length >= 0.0 && length < kLargestLength)) RaiseCorrupt(__LINE__);
   auto recorded = static_cast<utl_FileOffset>(length + 0.5);
@@ -93,5 +86,5 @@ void rfm_FileRepr::CheckTransferRecord(int offset) {
     if (recorded != m_PhysicalFileSize) RaiseCorrupt(__LINE__);
     return;
   }
-  if (std::memcmp(record, kFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);
+  if (std::memcmp(record, kRfmFtpMarker, 4) != 0 && std::memcmp(record, kFtpNoMarker, 4) != 0) RaiseCorrupt(__LINE__);
 }

@@ -21,8 +21,9 @@ constexpr int kBufferSize = 1024;
 
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
-// Bytes a field of type takes in a row, 0 for a type no field can have.
-int FieldSize(rfm_Type type, int externalStringSize) {
+}  // namespace
+
+int rfm_TableRepr::FieldSize(int type, int externalStringSize) {
   switch (type) {
     case rfm_TypeInt:
     case rfm_TypeFloat:
@@ -37,8 +38,6 @@ int FieldSize(rfm_Type type, int externalStringSize) {
       return 0;
   }
 }
-
-}  // namespace
 
 rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* metadata, int quantum, int cacheRows)
     : m_Database(&database), m_Metadata(metadata), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),

@@ -269,6 +269,10 @@ TEST_P(DatabaseTest, DescriptionCreationTimeAndStatistics) {
   int const arrayWords[3] = {static_cast<int>(0xFFFAEEEB), 0, rfm_TypeDouble};
   array->WriteIntArray(arrayWords, 3);
   EXPECT_EQ(rfm_TypeDouble, database.HandleType(array.Handle()));
+  rfm_Space damaged = database.Space(-1);
+  int const damagedWords[3] = {static_cast<int>(0xFFFAEEEB), 0, 46854};
+  damaged->WriteIntArray(damagedWords, 3);
+  EXPECT_EQ(rfm_TypeNone, database.HandleType(damaged.Handle()));
 }
 
 // Plain files only, as every reader beside a writer: a compressed file's

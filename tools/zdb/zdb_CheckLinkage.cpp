@@ -1,0 +1,241 @@
+#include "zdb_CheckLinkage.h"
+
+#include "rfm_Block0.h"
+#include "rfm_DatabaseReprFile.h"
+#include "zdb_CheckBytes.h"
+#include "zdb_CheckReport.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kSlots = rfm_Handle::kSlotsPerGroup;
+constexpr int kLinkageSize = rfm_DatabaseReprFile::kLinkageSize;
+constexpr int kGroupSize = rfm_DatabaseReprFile::kGroupSize;
+
+std::string GroupSubject(int index, utl_FileOffset offset) {
+  return "group " + std::to_string(index) + " at offset " + std::to_string(offset);
+}
+
+// A part of the file that one thing claims: block 0, a group, an extent.
+struct Area {
+  utl_FileOffset m_Start;
+  utl_FileOffset m_End;
+  std::string m_Owner;
+};
+
+std::string AreaText(Area const& area) {
+  return area.m_Owner + " (bytes " + std::to_string(area.m_Start) + " to " + std::to_string(area.m_End - 1) + ")";
+}
+
+}  // namespace
+
+std::string zdb_HandleSubject(rfm_Handle handle) { return "handle " + std::to_string(handle.Value()); }
+
+zdb_CheckLinkage::zdb_CheckLinkage(zdb_CheckBytes& bytes, zdb_CheckReport& report) : m_Bytes(bytes), m_Report(report) {}
+
+void zdb_CheckLinkage::Run() {
+  ReadGroups();
+  CheckSlots();
+  FollowChains();
+  CheckOverlaps();
+}
+
+void zdb_CheckLinkage::ReadGroups() {
+  utl_FileOffset offset = kRfmBlock0Size;
+  for (int index = 0; offset != 0; ++index) {
+    Group group;
+    if (!ReadGroup(index, offset, group)) return;
+    Slot const& link = group.m_Slots[0];
+    int expectedNext = 0;
+    utl_FileOffset next = link.m_Location;
+    if (!link.m_Valid) {
+      m_Report.Problem(GroupSubject(index, offset) + ": its link to the next group holds no valid offset, " +
+                       link.m_Invalid);
+      next = 0;
+    } else if (next != 0 && next <= offset) {
+      // Groups only ever go to the end of the file, so a chain that goes back is a loop.
+      m_Report.Problem(GroupSubject(index, offset) + ": the next group's offset " + std::to_string(next) +
+                       " does not lie further on (a cycle)");
+      next = 0;
+    } else if (next != 0) {
+      expectedNext = rfm_Handle::Make(index + 1, 0).Value();
+    }
+    if (link.m_Valid && link.m_Next.Value() != expectedNext) {
+      m_Report.Problem(GroupSubject(index, offset) + ": its slot 0 names " + std::to_string(link.m_Next.Value()) +
+                       " as the next group's handle, not " + std::to_string(expectedNext));
+    }
+    m_Groups.push_back(std::move(group));
+    offset = next;
+  }
+}
+
+bool zdb_CheckLinkage::ReadGroup(int index, utl_FileOffset offset, Group& group) {
+  std::vector<char> bytes(kGroupSize);
+  if (offset > m_Bytes.Length() - kGroupSize) {
+    m_Report.Problem(GroupSubject(index, offset) + ": runs past the end of the file (" +
+                     std::to_string(m_Bytes.Length()) + " bytes)");
+    return false;
+  }
+  // A chunk that cannot be read has been reported by the byte source.
+  if (!m_Bytes.Read(offset, bytes.data(), bytes.size())) return false;
+  group.m_Offset = offset;
+  group.m_Slots.resize(kSlots);
+  group.m_Used = kSlots;
+  for (int place = 0; place < kSlots; ++place) {
+    char const* linkage = bytes.data() + place * kLinkageSize;
+    Slot& slot = group.m_Slots[static_cast<std::size_t>(place)];
+    static char const* const kNames[] = {"allocation", "length", "location"};
+    utl_FileOffset* const values[] = {&slot.m_Allocation, &slot.m_Length, &slot.m_Location};
+    for (int field = 0; field < 3 && slot.m_Valid; ++field) {
+      if (zdb_StoredOffset(linkage + 8 * field, *values[field])) continue;
+      slot.m_Valid = false;
+      slot.m_Invalid = std::string(kNames[field]) + " (" + zdb_StoredDoubleText(linkage + 8 * field) + ")";
+    }
+    slot.m_Next = rfm_Handle(zdb_Word(linkage + 24));
+    // As the library counts: the first slot without a location ends the used ones.
+    if (place > 0 && slot.m_Valid && slot.m_Location == 0 && group.m_Used == kSlots) group.m_Used = place;
+  }
+  return true;
+}
+
+void zdb_CheckLinkage::CheckSlots() {
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    Group& group = m_Groups[index];
+    for (int place = 1; place < kSlots; ++place) {
+      Slot& slot = group.m_Slots[static_cast<std::size_t>(place)];
+      rfm_Handle handle = rfm_Handle::Make(static_cast<int>(index), place);
+      if (place < group.m_Used) {
+        CheckSlot(handle, slot);
+      } else if (!slot.m_Valid || slot.m_Location != 0) {
+        // One free slot hides all the slots after it: the first few tell it.
+        m_Report.RepeatedProblem(GroupSubject(static_cast<int>(index), group.m_Offset),
+                                 zdb_HandleSubject(handle) + ": follows slot " + std::to_string(group.m_Used) +
+                                     ", the first free slot of its group, so no reader sees it");
+        slot.m_Valid = false;
+      }
+    }
+  }
+}
+
+void zdb_CheckLinkage::CheckSlot(rfm_Handle handle, Slot& slot) {
+  std::string subject = zdb_HandleSubject(handle);
+  if (!slot.m_Valid) {
+    m_Report.Problem(subject + ": its " + slot.m_Invalid + " is no valid size or offset");
+    return;
+  }
+  if (slot.m_Length > slot.m_Allocation) {
+    m_Report.Problem(subject + ": the extent's length " + std::to_string(slot.m_Length) + " is above its allocation " +
+                     std::to_string(slot.m_Allocation));
+  }
+  if (slot.m_Location < kRfmBlock0Size) {
+    // A placeholder: the slot is taken, no extent yet.
+    if (slot.m_Allocation != 0 || slot.m_Length != 0) {
+      m_Report.Problem(subject + ": claims " + std::to_string(slot.m_Allocation) +
+                       " bytes but has no extent (location " + std::to_string(slot.m_Location) + ")");
+    }
+    return;
+  }
+  if (slot.m_Length > m_Bytes.Length() - slot.m_Location) {
+    m_Report.Problem(subject + ": its extent at offset " + std::to_string(slot.m_Location) + " with length " +
+                     std::to_string(slot.m_Length) + " runs past the end of the file (" +
+                     std::to_string(m_Bytes.Length()) + " bytes)");
+    return;
+  }
+  slot.m_Extent = true;
+}
+
+zdb_CheckLinkage::Slot* zdb_CheckLinkage::Follow(rfm_Handle next) {
+  if (next.Group() >= m_Groups.size() || next.Slot() == 0) return nullptr;
+  Group& group = m_Groups[next.Group()];
+  if (next.Slot() >= group.m_Used) return nullptr;
+  Slot& slot = group.m_Slots[static_cast<std::size_t>(next.Slot())];
+  return slot.m_Valid ? &slot : nullptr;
+}
+
+void zdb_CheckLinkage::FollowChains() {
+  // Heads: used, valid slots that no other such slot continues.
+  std::vector<bool> continued(m_Groups.size() * kSlots, false);
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    for (int place = 1; place < m_Groups[index].m_Used; ++place) {
+      Slot const& slot = m_Groups[index].m_Slots[static_cast<std::size_t>(place)];
+      if (!slot.m_Valid || slot.m_Next.IsNull()) continue;
+      if (Follow(slot.m_Next) == nullptr) {
+        m_Report.Problem(zdb_HandleSubject(rfm_Handle::Make(static_cast<int>(index), place)) +
+                         ": its chain continues at handle " + std::to_string(slot.m_Next.Value()) +
+                         ", which is no linkage in use");
+        continue;
+      }
+      continued[slot.m_Next.Group() * kSlots + static_cast<std::size_t>(slot.m_Next.Slot())] = true;
+    }
+  }
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    for (int place = 1; place < m_Groups[index].m_Used; ++place) {
+      Slot const& slot = m_Groups[index].m_Slots[static_cast<std::size_t>(place)];
+      if (!slot.m_Valid || continued[index * kSlots + static_cast<std::size_t>(place)]) continue;
+      rfm_Handle head = rfm_Handle::Make(static_cast<int>(index), place);
+      m_Objects[head.Value()] = Walk(head);
+    }
+  }
+  // What no head reaches is a chain that lost its head, or a loop.
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    for (int place = 1; place < m_Groups[index].m_Used; ++place) {
+      Slot const& slot = m_Groups[index].m_Slots[static_cast<std::size_t>(place)];
+      if (!slot.m_Valid || slot.m_Owner != 0) continue;
+      rfm_Handle orphan = rfm_Handle::Make(static_cast<int>(index), place);
+      m_Report.Problem(zdb_HandleSubject(orphan) + ": belongs to no object (a chain without a head)");
+      Walk(orphan);
+    }
+  }
+}
+
+std::vector<zdb_Extent> zdb_CheckLinkage::Walk(rfm_Handle head) {
+  std::vector<zdb_Extent> extents;
+  bool extentsEnded = false;
+  rfm_Handle previous;
+  for (rfm_Handle link = head; !link.IsNull();) {
+    Slot* slot = link == head ? &SlotOf(head) : Follow(link);
+    if (slot == nullptr) break;  // reported with the slot that names it
+    if (slot->m_Owner == head.Value()) {
+      m_Report.Problem(zdb_HandleSubject(previous) + ": its chain returns to handle " + std::to_string(link.Value()) +
+                       " (a cycle)");
+      break;
+    }
+    if (slot->m_Owner != 0) {
+      m_Report.Problem(zdb_HandleSubject(previous) + ": its chain runs into handle " + std::to_string(link.Value()) +
+                       ", which belongs to the object at handle " + std::to_string(slot->m_Owner));
+      break;
+    }
+    slot->m_Owner = head.Value();
+    // A chain reads as far as its extents lie in the file, as a reader's does.
+    if (slot->m_Location >= kRfmBlock0Size && !slot->m_Extent) extentsEnded = true;
+    if (slot->m_Extent && !extentsEnded) extents.push_back({slot->m_Location, slot->m_Length});
+    previous = link;
+    link = slot->m_Next;
+  }
+  return extents;
+}
+
+void zdb_CheckLinkage::CheckOverlaps() {
+  std::vector<Area> areas;
+  areas.push_back({0, kRfmBlock0Size, "block 0"});
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    Group const& group = m_Groups[index];
+    areas.push_back({group.m_Offset, group.m_Offset + kGroupSize, "group " + std::to_string(index)});
+    for (int place = 1; place < group.m_Used; ++place) {
+      Slot const& slot = group.m_Slots[static_cast<std::size_t>(place)];
+      if (!slot.m_Valid || slot.m_Location < kRfmBlock0Size || slot.m_Allocation == 0) continue;
+      areas.push_back({slot.m_Location, slot.m_Location + slot.m_Allocation,
+                       zdb_HandleSubject(rfm_Handle::Make(static_cast<int>(index), place))});
+    }
+  }
+  std::sort(areas.begin(), areas.end(), [](Area const& a, Area const& b) { return a.m_Start < b.m_Start; });
+  // Against the area reaching furthest so far: any later start below its end overlaps it.
+  std::size_t widest = 0;
+  for (std::size_t index = 1; index < areas.size(); ++index) {
+    if (areas[index].m_Start < areas[widest].m_End) {
+      m_Report.RepeatedProblem("overlapping areas", AreaText(areas[index]) + " overlaps " + AreaText(areas[widest]));
+    }
+    if (areas[index].m_End > areas[widest].m_End) widest = index;
+  }
+}

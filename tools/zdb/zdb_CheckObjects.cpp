@@ -1,0 +1,168 @@
+#include "zdb_CheckObjects.h"
+
+#include "rfm_ArrayRepr.h"
+#include "rfm_ObjectMagic.h"
+#include "rfm_TaggedStreamRepr.h"
+#include "zdb_CheckBytes.h"
+#include "zdb_CheckCatalogue.h"
+#include "zdb_CheckLinkage.h"
+#include "zdb_CheckPool.h"
+#include "zdb_CheckReport.h"
+#include "zdb_CheckSpace.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace {
+
+constexpr int kTableHeader = 12;
+constexpr int kArrayHeader = rfm_ArrayRepr::kHeaderSize;
+constexpr int kStreamHeader = rfm_TaggedStreamRepr::kHeaderSize;
+
+// The header of an object, when its space holds it; the bytes that cannot
+// be read have been reported where they lie.
+bool ReadHeader(zdb_CheckSpace const& space, std::vector<std::int32_t>& words, std::string const& subject,
+                zdb_CheckReport& report) {
+  std::vector<char> bytes(words.size() * 4);
+  if (space.Length() < static_cast<utl_FileOffset>(bytes.size())) {
+    report.Problem(subject + ": its header is cut short (" + std::to_string(space.Length()) + " bytes)");
+    return false;
+  }
+  if (!space.Read(0, bytes.data(), bytes.size())) return false;
+  for (std::size_t word = 0; word < words.size(); ++word) words[word] = zdb_Word(bytes.data() + 4 * word);
+  return true;
+}
+
+void ReportPartialRow(zdb_CheckReport& report, std::string const& subject, utl_FileOffset rows, utl_FileOffset rest) {
+  report.Problem(subject + ": " + std::to_string(rest) + " bytes after its last whole row (row " +
+                 std::to_string(rows) + ")");
+}
+
+}  // namespace
+
+char const* zdb_CheckObjects::Check(zdb_CheckSpace const& space) {
+  std::int32_t magic = 0;
+  if (space.Length() < 4 || !space.Word(0, magic)) return "space";
+  std::string handle = std::to_string(space.Handle().Value());
+  switch (static_cast<std::uint32_t>(magic)) {
+    case kRfmTableMagic:
+      CheckTable(space, "table at handle " + handle);
+      return "table";
+    case kRfmArrayMagic:
+      CheckArray(space, "array at handle " + handle);
+      return "array";
+    case kRfmTaggedStreamMagic:
+      CheckStream(space, "stream at handle " + handle);
+      return "stream";
+    default:
+      return "space";
+  }
+}
+
+void zdb_CheckObjects::CheckString(std::string const& subject, std::string const& where, char const* external) {
+  if (!m_Pool.Usable() || m_Pool.Resolve(external)) return;
+  m_Report.RepeatedProblem(
+      subject, subject + ": " + where + ": " + zdb_CheckPool::Describe(external) + " is no string of the pool");
+}
+
+void zdb_CheckObjects::CheckTable(zdb_CheckSpace const& space, std::string const& subject) {
+  std::vector<std::int32_t> header(3);
+  if (!ReadHeader(space, header, subject, m_Report)) return;
+  zdb_CheckedLayout const* layout = m_Catalogue.Find(static_cast<std::uint32_t>(header[2]));
+  if (layout == nullptr) {
+    m_Report.Problem(subject + ": its layout, at offset " + std::to_string(static_cast<std::uint32_t>(header[2])) +
+                     " of the catalogue, is no record the catalogue could read");
+    return;
+  }
+  // A table with no fields has rows of no size and no rows.
+  if (layout->m_RowSize == 0) return;
+  utl_FileOffset body = space.Length() - kTableHeader;
+  utl_FileOffset rows = body / layout->m_RowSize;
+  if (body % layout->m_RowSize != 0) ReportPartialRow(m_Report, subject, rows, body % layout->m_RowSize);
+  // A row is read only when the table holds one, so a damaged layout never
+  // sizes a buffer beyond the file's own bytes.
+  if (rows == 0) return;
+  int positions = static_cast<int>(layout->m_Fields.size());
+  std::vector<char> row(static_cast<std::size_t>(layout->m_RowSize));
+  for (utl_FileOffset number = 0; number < rows; ++number) {
+    if (!space.Read(kTableHeader + number * layout->m_RowSize, row.data(), row.size())) return;
+    std::string where = "row " + std::to_string(number);
+    for (int word = 0; word < layout->m_BitmapWords; ++word) {
+      auto bits = static_cast<std::uint32_t>(zdb_Word(row.data() + 4 * word));
+      int usedBits = std::min(32, positions - 32 * word);
+      if (usedBits < 32 && (bits >> usedBits) != 0) {
+        m_Report.RepeatedProblem(subject, subject + ": " + where + " has presence bits set beyond its " +
+                                              std::to_string(positions) + " fields");
+      }
+    }
+    for (int position = 0; position < positions; ++position) {
+      zdb_CheckedLayout::Field const& field = layout->m_Fields[static_cast<std::size_t>(position)];
+      bool present = (zdb_Word(row.data() + 4 * (position / 32)) >> (position % 32)) & 1;
+      if (present && field.m_Type == rfm_TypeString) {
+        CheckString(subject, where + ", field \"" + field.m_Name + "\"", row.data() + field.m_Offset);
+      }
+    }
+  }
+}
+
+void zdb_CheckObjects::CheckArray(zdb_CheckSpace const& space, std::string const& subject) {
+  std::vector<std::int32_t> header(4);
+  if (!ReadHeader(space, header, subject, m_Report)) return;
+  int type = header[2];
+  int fields = header[3];
+  if (type != rfm_TypeInt && type != rfm_TypeFloat && type != rfm_TypeDouble && type != rfm_TypeString) {
+    m_Report.Problem(subject + ": its element type " + std::to_string(type) + " is no array's");
+    return;
+  }
+  if (fields < 1 || fields > rfm_ArrayRepr::kMaxFieldsPerRow) {
+    m_Report.Problem(subject + ": " + std::to_string(fields) + " elements a row is impossible");
+    return;
+  }
+  utl_FileOffset rowSize = static_cast<utl_FileOffset>(fields) * zdb_FieldSize(type);
+  utl_FileOffset body = space.Length() - kArrayHeader;
+  utl_FileOffset rows = body / rowSize;
+  if (body % rowSize != 0) ReportPartialRow(m_Report, subject, rows, body % rowSize);
+  if (type != rfm_TypeString) return;
+  char external[zdb_CheckPool::kExternalSize];
+  for (utl_FileOffset element = 0; element < rows * fields; ++element) {
+    if (!space.Read(kArrayHeader + element * zdb_CheckPool::kExternalSize, external, sizeof external)) return;
+    CheckString(subject, "row " + std::to_string(element / fields) + ", element " + std::to_string(element % fields),
+                external);
+  }
+}
+
+void zdb_CheckObjects::CheckStream(zdb_CheckSpace const& space, std::string const& subject) {
+  std::vector<std::int32_t> header(2);
+  if (!ReadHeader(space, header, subject, m_Report)) return;
+  for (utl_FileOffset offset = kStreamHeader; offset < space.Length();) {
+    std::string where = "the item at offset " + std::to_string(offset);
+    char head[8];
+    if (space.Length() - offset < static_cast<utl_FileOffset>(sizeof head)) {
+      m_Report.Problem(subject + ": " + where + " is cut short");
+      return;
+    }
+    if (!space.Read(offset, head, sizeof head)) return;
+    int tag = zdb_Word(head);
+    if (tag == rfm_TaggedStreamRepr::kTagFixedString) {
+      m_Report.Problem(subject + ": " + where +
+                       " is a fixed string, which carries no length: nothing after it can be read");
+      return;
+    }
+    int size = zdb_FieldSize(tag);
+    if (size == 0) {
+      m_Report.Problem(subject + ": " + where + " has tag type " + std::to_string(tag) + ", which no item can have");
+      return;
+    }
+    offset += sizeof head;
+    if (space.Length() - offset < size) {
+      m_Report.Problem(subject + ": " + where + " runs past the stream's end");
+      return;
+    }
+    if (tag == rfm_TypeString) {
+      char external[zdb_CheckPool::kExternalSize];
+      if (!space.Read(offset, external, sizeof external)) return;
+      CheckString(subject, where, external);
+    }
+    offset += size;
+  }
+}

@@ -1,0 +1,57 @@
+#ifndef zdb_Database_h
+#define zdb_Database_h
+
+#include "rfm_Database.h"
+#include "rfm_File.h"
+
+#include <string>
+#include <vector>
+
+class rfm_DatabaseReprFile;
+
+// One object of a database as zdb lists it: its handle, its type as
+// rfm_Database::HandleType tells it, and the sizes of its chain of extents.
+struct zdb_Object {
+  rfm_Handle m_Handle;
+  rfm_Type m_Type;
+  utl_FileOffset m_Length;
+  utl_FileOffset m_Allocation;
+  int m_Extents;  // extents that hold bytes; an object not yet written has none
+};
+
+// A database file opened for reading, whatever its kind, with what zdb needs
+// beyond the public handle: the kind of file, and the objects found through
+// the linkage groups.
+class zdb_Database {
+public:
+  // Raises zdb_Failure naming the file when it cannot be opened as a database.
+  explicit zdb_Database(std::string const& name);
+
+  std::string const& Name() const { return m_Name; }
+  rfm_File const& File() const { return m_File; }
+  rfm_Database const& Database() const { return m_Database; }
+  rfm_DatabaseReprFile& Repr() const;
+  bool Compressed() const;
+  // "plain" or "compressed".
+  char const* Kind() const { return Compressed() ? "compressed" : "plain"; }
+
+  std::vector<rfm_Handle> Handles() const;
+  zdb_Object Describe(rfm_Handle handle) const;
+  // Whether handle names an object.
+  bool IsObject(rfm_Handle handle) const;
+
+private:
+  std::string m_Name;
+  rfm_File m_File;
+  rfm_Database m_Database;
+};
+
+// A field or element type as zdb writes it: "int", "double", ...
+char const* zdb_TypeName(int type);
+// An object type from HandleType as zdb writes it: "table", "stream",
+// "double array", "space".
+std::string zdb_ObjectKind(rfm_Type type);
+// What the well-known handles hold, "" for any other.
+char const* zdb_WellKnownRole(rfm_Handle handle);
+
+#endif

@@ -1,0 +1,310 @@
+// zdb dump: the rows of tables, the rows of arrays and the items of tagged
+// streams, as text or as one JSON document.
+
+#include "omi_BtreeIterator.h"
+#include "rfm_Array.h"
+#include "rfm_Table.h"
+#include "rfm_TaggedStream.h"
+#include "zdb_Arguments.h"
+#include "zdb_Command.h"
+#include "zdb_Database.h"
+#include "zdb_DumpJson.h"
+#include "zdb_DumpText.h"
+#include "zdb_Failure.h"
+
+#include <climits>
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+// The rows (or items) asked for: from m_First up to, not including, m_End.
+struct RowRange {
+  long long m_First = 0;
+  long long m_End = INT_MAX;
+
+  bool Contains(long long row) const { return row >= m_First && row < m_End; }
+};
+
+// "A:B", "A:", ":B", or "A" for the one row A.
+RowRange ParseRows(std::string const& text) {
+  RowRange range;
+  std::size_t colon = text.find(':');
+  std::string first = text.substr(0, colon);
+  if (!first.empty()) range.m_First = zdb_ParseNumber(first, "first row", 0, INT_MAX);
+  if (colon == std::string::npos) {
+    range.m_End = range.m_First + 1;
+  } else if (colon + 1 < text.size()) {
+    range.m_End = zdb_ParseNumber(text.substr(colon + 1), "end row", 0, INT_MAX);
+  }
+  if (range.m_End < range.m_First) throw zdb_UsageError("--rows " + text + " ends before it begins");
+  return range;
+}
+
+zdb_Value Integer(long long value, zdb_Value::Kind kind = zdb_Value::kInteger) {
+  zdb_Value result;
+  result.m_Kind = kind;
+  result.m_Integer = value;
+  return result;
+}
+
+zdb_Value ValueOf(int value) { return Integer(value); }
+
+zdb_Value ValueOf(float value) {
+  zdb_Value result;
+  result.m_Kind = zdb_Value::kFloat;
+  result.m_Float = value;
+  return result;
+}
+
+zdb_Value ValueOf(double value) {
+  zdb_Value result;
+  result.m_Kind = zdb_Value::kDouble;
+  result.m_Double = value;
+  return result;
+}
+
+zdb_Value ValueOf(cow_String const& value) {
+  zdb_Value result;
+  result.m_Kind = zdb_Value::kString;
+  result.m_String.assign(value.CStr(), static_cast<std::size_t>(value.Length()));
+  return result;
+}
+
+// Sends the objects of one database to a sink, each read through the library.
+class Dumper {
+public:
+  Dumper(zdb_Database const& database, zdb_DumpSink& sink, RowRange rows)
+      : m_Database(database), m_Db(database.Database()), m_Sink(sink), m_Rows(rows) {}
+
+  // Dumps the object; a failure is told to the sink and answered as its message.
+  std::string Dump(rfm_Handle handle);
+
+private:
+  void DumpObject(rfm_Handle handle, rfm_Type type);
+  void DumpTable(rfm_Handle handle);
+  template <class T, rfm_Type Type>
+  void DumpArray(rfm_Handle handle, rfm_Array<T, Type> const& array);
+  void DumpStream(rfm_Handle handle);
+  zdb_Value Field(rfm_Row const& row, rfm_FieldMetadata const& field) const;
+
+  zdb_Database const& m_Database;
+  rfm_Database const& m_Db;
+  zdb_DumpSink& m_Sink;
+  RowRange m_Rows;
+  bool m_Headed = false;  // the sink has the current object's heading
+};
+
+std::string Dumper::Dump(rfm_Handle handle) {
+  m_Headed = false;
+  rfm_Type type = rfm_TypeSpace;
+  try {
+    type = m_Db.HandleType(handle);
+    DumpObject(handle, type);
+    m_Sink.EndObject();
+    return std::string();
+  } catch (std::exception const& e) {
+    if (m_Headed) {
+      m_Sink.Error(e.what());
+      m_Sink.EndObject();
+    } else {
+      m_Sink.Unreadable(handle, zdb_ObjectKind(type), e.what());
+    }
+    return e.what();
+  }
+}
+
+void Dumper::DumpObject(rfm_Handle handle, rfm_Type type) {
+  switch (type) {
+    case rfm_TypeTable:
+      return DumpTable(handle);
+    case rfm_TypeStream:
+      return DumpStream(handle);
+    case rfm_TypeInt:
+      return DumpArray(handle, m_Db.ArrayInt(handle, -1, 0));
+    case rfm_TypeFloat:
+      return DumpArray(handle, m_Db.ArrayFloat(handle, -1, 0));
+    case rfm_TypeDouble:
+      return DumpArray(handle, m_Db.ArrayDouble(handle, -1, 0));
+    case rfm_TypeString:
+      return DumpArray(handle, m_Db.ArrayString(handle, -1, 0));
+    case rfm_TypeNone:
+      // An array of a damaged element type: opening it raises the library's message.
+      return DumpArray(handle, m_Db.ArrayInt(handle, -1, 0));
+    default:
+      m_Sink.Space(handle, m_Database.Describe(handle).m_Length);
+      m_Headed = true;
+  }
+}
+
+zdb_Value Dumper::Field(rfm_Row const& row, rfm_FieldMetadata const& field) const {
+  rfm_FieldHandle handle(field.Index());
+  if (!row.DataIsPresent(handle)) return zdb_Value();
+  switch (field.Type()) {
+    case rfm_TypeInt:
+      return ValueOf(row.ReadFieldInt(handle));
+    case rfm_TypeHandle:
+      return Integer(row.ReadFieldHandle(handle).Value(), zdb_Value::kHandle);
+    case rfm_TypeFloat:
+      return ValueOf(row.ReadFieldFloat(handle));
+    case rfm_TypeDouble:
+      return ValueOf(row.ReadFieldDouble(handle));
+    default:
+      return ValueOf(row.ReadFieldString(handle));
+  }
+}
+
+void Dumper::DumpTable(rfm_Handle handle) {
+  rfm_Table table = m_Db.Table(handle, -1, -1);
+  std::vector<rfm_FieldMetadata const*> fields;
+  zdb_DumpSink::Fields names;
+  for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(table.GetFieldMap()); !it.IsDone(); it.Next()) {
+    if (!it.CurrentValue().Present()) continue;
+    fields.push_back(&it.CurrentValue());
+    names.emplace_back(it.CurrentKey().CStr(), it.CurrentValue().Type());
+  }
+  m_Sink.Table(handle, table.TableMetadata().TableName().CStr(), table.Length(), names);
+  m_Headed = true;
+  std::vector<zdb_Value> values(fields.size());
+  for (int number = static_cast<int>(m_Rows.m_First); number < table.Length() && m_Rows.Contains(number); ++number) {
+    rfm_Row row = table.ReadRow(number);
+    for (std::size_t i = 0; i < fields.size(); ++i) values[i] = Field(row, *fields[i]);
+    m_Sink.Row(number, values);
+  }
+}
+
+template <class T, rfm_Type Type>
+void Dumper::DumpArray(rfm_Handle handle, rfm_Array<T, Type> const& array) {
+  int fields = array.FieldCount();
+  m_Sink.Array(handle, Type, fields, array.Length());
+  m_Headed = true;
+  // A row is read only when the array holds it, so a damaged field count
+  // never sizes a buffer beyond the file's own bytes.
+  std::vector<zdb_Value> values;
+  std::vector<T> row;
+  for (int number = static_cast<int>(m_Rows.m_First); number < array.Length() && m_Rows.Contains(number); ++number) {
+    row.resize(static_cast<std::size_t>(fields));
+    values.resize(static_cast<std::size_t>(fields));
+    array.Seek(number);
+    if (array.Read(row.data(), 1) != fields) {
+      throw std::runtime_error("row " + std::to_string(number) + " cannot be read in full");
+    }
+    for (int i = 0; i < fields; ++i) values[static_cast<std::size_t>(i)] = ValueOf(row[static_cast<std::size_t>(i)]);
+    m_Sink.Row(number, values);
+  }
+}
+
+void Dumper::DumpStream(rfm_Handle handle) {
+  rfm_TaggedStream stream = m_Db.TaggedStream(handle, 0);
+  m_Sink.Stream(handle);
+  m_Headed = true;
+  for (int number = 0; number < m_Rows.m_End && stream.Next(); ++number) {
+    if (!m_Rows.Contains(number)) continue;
+    int tag = stream.GetType();
+    zdb_Value value;
+    switch (tag) {
+      case rfm_TypeInt:
+        value = ValueOf(stream.GetInt());
+        break;
+      case rfm_TypeHandle:
+        value = Integer(stream.GetHandle().Value(), zdb_Value::kHandle);
+        break;
+      case rfm_TypeFloat:
+        value = ValueOf(stream.GetFloat());
+        break;
+      case rfm_TypeDouble:
+        value = ValueOf(stream.GetDouble());
+        break;
+      default:
+        value = ValueOf(stream.GetString());
+    }
+    m_Sink.Item(number, stream.GetID(), tag, value);
+  }
+}
+
+// The objects to dump: the one at handle unless it is null, the tables of one
+// layout, or every table, array and stream.
+std::vector<rfm_Handle> Selection(zdb_Database const& database, zdb_Arguments const& arguments, rfm_Handle handle) {
+  if (!handle.IsNull()) {
+    if (!database.IsObject(handle)) {
+      throw zdb_Failure(database.Name() + ": handle " + std::to_string(handle.Value()) + " names no object");
+    }
+    return {handle};
+  }
+  std::string table = arguments.Value("table", "");
+  if (arguments.Has("table") && !database.Database().HasTable(table.c_str())) {
+    throw zdb_Failure(database.Name() + ": no table layout is named \"" + table + "\"");
+  }
+  std::vector<rfm_Handle> selected;
+  for (rfm_Handle handle : database.Handles()) {
+    rfm_Type type = database.Database().HandleType(handle);
+    if (type == rfm_TypeSpace) continue;
+    if (arguments.Has("table")) {
+      if (type != rfm_TypeTable) continue;
+      if (table != database.Database().Table(handle, -1, -1).TableMetadata().TableName().CStr()) continue;
+    }
+    selected.push_back(handle);
+  }
+  return selected;
+}
+
+int Run(std::vector<std::string> const& words) {
+  zdb_Arguments arguments(words, {{"table", true}, {"handle", true}, {"rows", true}, {"json", false}}, 1);
+  if (arguments.Has("table") && arguments.Has("handle")) throw zdb_UsageError("give --table or --handle, not both");
+  RowRange rows = arguments.Has("rows") ? ParseRows(arguments.Value("rows", "")) : RowRange();
+  rfm_Handle handle;
+  if (arguments.Has("handle")) {
+    handle = rfm_Handle(static_cast<int>(zdb_ParseNumber(arguments.Value("handle", ""), "handle", 1, INT_MAX)));
+  }
+  zdb_Database database(arguments.Positional(0));
+  std::vector<rfm_Handle> selected =
+      zdb_OnFile(database.Name(), [&] { return Selection(database, arguments, handle); });
+  std::unique_ptr<zdb_DumpSink> sink;
+  if (arguments.Has("json")) {
+    sink.reset(new zdb_DumpJson(stdout));
+  } else {
+    sink.reset(new zdb_DumpText(stdout));
+  }
+  Dumper dumper(database, *sink, rows);
+  int status = kZdbSuccess;
+  sink->Begin(database.Name());
+  for (rfm_Handle handle : selected) {
+    std::string failure = dumper.Dump(handle);
+    if (failure.empty()) continue;
+    std::fprintf(stderr, "zdb dump: %s: handle %d: %s\n", database.Name().c_str(), handle.Value(), failure.c_str());
+    status = kZdbFailed;
+  }
+  sink->End();
+  return status;
+}
+
+}  // namespace
+
+zdb_Command const zdb_DumpCommand = {
+    "dump",
+    "the rows of tables and arrays and the items of tagged streams",
+    "usage: zdb dump FILE [--table NAME | --handle H] [--rows A:B] [--json]\n"
+    "\n"
+    "Prints every table, array and tagged stream of the database, or only\n"
+    "the tables of the layout NAME, or only the object at handle H (decimal,\n"
+    "or hexadecimal after 0x; a plain space shows its length only).\n"
+    "\n"
+    "  --rows A:B  rows A up to, not including, B (of tables and arrays; items\n"
+    "              of streams); A: and :B leave one end open, A alone is row A\n"
+    "  --json      one JSON document instead of text\n"
+    "\n"
+    "Text shows a table's row as name=value, an absent field as 'absent',\n"
+    "strings in double quotes with \\\" \\\\ \\b \\f \\n \\r \\t and \\xHH for other\n"
+    "control bytes and for bytes that are not UTF-8, and numbers in the\n"
+    "shortest form that reads back as the same value.\n"
+    "\n"
+    "JSON: {\"file\": ..., \"objects\": [...]}, an object per table, array or\n"
+    "stream with its \"handle\" and \"kind\"; rows as {\"row\": n, \"values\": ...}.\n"
+    "An absent field is null. Doubles read back exactly; a float is written as\n"
+    "the double of its value; NaN and the infinities are the strings \"NaN\",\n"
+    "\"Infinity\" and \"-Infinity\". Strings are UTF-8: a byte that is not part\n"
+    "of valid UTF-8 becomes the character of the same number (\\u0080 to\n"
+    "\\u00FF). An object that could not be read in full has an \"error\" member,\n"
+    "and the exit status is then 1.\n",
+    Run,
+};
