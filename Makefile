@@ -1,6 +1,7 @@
 # Quick start: `make demo` builds everything, writes the example results
-# file and looks at it with zdb; `make test` builds and runs every test. `make test ASAN=ON` does the same under the address and
-# undefined-behaviour sanitizers, in a build folder of its own.
+# file and looks at it with zdb; `make test` builds and runs every test.
+# `make test ASAN=ON` does the same under the address and undefined-behaviour
+# sanitizers, in a build folder of its own.
 
 ASAN ?= OFF
 BUILD ?= $(if $(filter ON,$(ASAN)),build-asan,build)
