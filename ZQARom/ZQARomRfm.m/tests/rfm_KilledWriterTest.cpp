@@ -1,4 +1,6 @@
 #include "atr_SubstituteFormat.h"
+#include "rfm_DatabaseReprFile.h"
+#include "rfm_DyingFile.h"
 #include "rfm_FileReprLocal.h"
 #include "rfm_KillWorkload.h"
 #include "rfm_TestBytes.h"
@@ -31,6 +33,7 @@
 namespace {
 
 constexpr int kFtpRecordOffset = 500;
+constexpr int kFtpRecordSize = 12;
 constexpr utl_FileOffset kPreallocationStep = rfm_FileReprLocal::kPreallocationStep;
 
 // What the writer tells the test: the objects' handles once they exist, and
@@ -220,6 +223,142 @@ TEST_P(KilledWriterTest, KilledAtRandomMomentsTheFileHoldsEveryCompletedFlush) {
   Report(title.c_str(), outcomes);
   // Too few kills inside flushes, and the runs would prove little.
   EXPECT_GE(moments[Moment::InsideFlush], kRuns / 5);
+}
+
+TEST_P(KilledWriterTest, DyingAtAnyWriteOfAFlushLeavesTheLastFlushOrMore) {
+  bool const preallocate = GetParam();
+  unsigned const seed = 7;
+  zqa_TestDir dir;
+  cow_String name = dir.File("dying.zdb");
+
+  // A rehearsal in this process finds which writes belong to which step's
+  // flush: the writes of the same steps are the same in every run. Worth
+  // dying in are the flushes whose new linkages reach past a page boundary
+  // of group 0 (at slots 109, 256 and 402) and the one that opens group 1.
+  std::vector<std::pair<std::size_t, std::size_t> > flushes;  // first and end write of each flush
+  std::vector<int> steps = {1};
+  int secondGrowthStep = -1;
+  std::vector<rfm_DyingFile::Written> writes;
+  {
+    auto* counting = new rfm_DyingFile(name, preallocate, 0, false);
+    rfm_KillWorkload workload(rfm_File(counting), seed);
+    auto& repr = static_cast<rfm_DatabaseReprFile&>(workload.Database().Repr());
+    std::vector<rfm_Handle> marks = {rfm_Handle(109), rfm_Handle(256), rfm_Handle(402), rfm_Handle::Make(1, 1)};
+    int growths = 0;
+    for (int step = 0; !marks.empty() || (preallocate && secondGrowthStep < 0); ++step) {
+      utl_FileOffset size = counting->LengthPysical();
+      workload.Append(step);
+      std::size_t first = counting->Writes().size();
+      workload.Flush();
+      flushes.push_back({first, counting->Writes().size()});
+      if (!marks.empty() && repr.HandleOk(marks.front())) {
+        steps.push_back(step);
+        marks.erase(marks.begin());
+      }
+      if (counting->LengthPysical() != size && ++growths == 2) secondGrowthStep = step;
+    }
+    writes = counting->Writes();
+  }
+
+  // Every write of those flushes, before it and torn; and with preallocation,
+  // the rewrites of the length record that follow the first two growths.
+  struct Case {
+    std::size_t dieAt;
+    bool torn;
+  };
+  std::vector<Case> cases;
+  for (int step : steps) {
+    for (std::size_t write = flushes[step].first; write < flushes[step].second; ++write) {
+      cases.push_back({write + 1, false});
+      if (writes[write].CrossesPage()) cases.push_back({write + 1, true});
+    }
+  }
+  if (preallocate) {
+    // The first record is written at creation; one follows each growth.
+    std::size_t end = flushes[static_cast<std::size_t>(secondGrowthStep)].second;
+    int records = 0;
+    for (std::size_t write = 0; write < end; ++write) {
+      if (writes[write].offset != kFtpRecordOffset || writes[write].count != kFtpRecordSize) continue;
+      if (++records > 1) cases.push_back({write + 1, false});
+    }
+    EXPECT_EQ(3, records);
+  }
+
+  std::map<std::string, int> outcomes;
+  for (Case const& each : cases) {
+    SCOPED_TRACE(testing::Message() << "dying at write " << each.dieAt << (each.torn ? ", torn" : ""));
+    zqa_TestDir runDir;
+    cow_String runName = runDir.File("dying.zdb");
+    Death death = WatchWriter([&] { return rfm_File(new rfm_DyingFile(runName, preallocate, each.dieAt, each.torn)); },
+                              seed, nullptr);
+    ++outcomes[CheckFile(runName, preallocate, seed, death)];
+  }
+  std::string title =
+      atr_SubstituteFormat("%s file, %d deaths at single writes of %d flushes", preallocate ? "preallocated" : "plain",
+                           static_cast<int>(cases.size()), static_cast<int>(steps.size()))
+          .CStr();
+  Report(title.c_str(), outcomes);
+}
+
+namespace {
+
+// Group 0 lies 1024 bytes past a page boundary, and the next boundary cuts
+// the location of the linkage in this slot in half.
+constexpr int kCutSlot = 109;
+constexpr utl_FileOffset kCutLocation = 1024 + 28 * kCutSlot + 16;
+std::string const kCutSlotBytes = "the bytes of the space whose linkage a page boundary cuts";
+
+// A new database in file with spaces up to the one in the cut slot, which it
+// answers: all flushed, all empty but that one, which holds its bytes if
+// written.
+rfm_Space FillUpToTheCutSlot(rfm_Database& database, rfm_File const& file, bool written) {
+  database = rfm_Database::Create(file, "APP", "cut", 1700000000);
+  rfm_Space space;
+  while (space.IsNull() || space.Handle().Value() < kCutSlot) space = database.Space(-1);
+  if (written) space.Write(kCutSlotBytes.data(), static_cast<int>(kCutSlotBytes.size()));
+  return space;
+}
+
+}  // namespace
+
+// The space in the cut slot is a placeholder at the first flush and gets its
+// extent before the second; wherever the second is cut, it reads empty or
+// whole, never the bytes at the placeholder's location 1.
+TEST(KilledWriterCutSlotTest, APlaceholderGivenItsExtentInACutFlushReadsEmptyOrWhole) {
+  zqa_TestDir dir;
+  auto writer = [&](cow_String const& name, std::size_t dieAt, bool torn) {
+    auto* file = new rfm_DyingFile(name, false, dieAt, torn);
+    rfm_Database database;
+    rfm_Space space = FillUpToTheCutSlot(database, rfm_File(file), false);
+    database.Flush();
+    std::size_t first = file->Writes().size();
+    space.Write(kCutSlotBytes.data(), static_cast<int>(kCutSlotBytes.size()));
+    database.Flush();
+    return std::vector<rfm_DyingFile::Written>(file->Writes().begin() + static_cast<std::ptrdiff_t>(first),
+                                               file->Writes().end());
+  };
+  std::size_t const first = [&] {
+    auto* file = new rfm_DyingFile(dir.File("count.zdb"), false, 0, false);
+    rfm_Database database;
+    FillUpToTheCutSlot(database, rfm_File(file), false);
+    database.Flush();
+    return file->Writes().size();
+  }();
+  std::vector<rfm_DyingFile::Written> flush = writer(dir.File("rehearsal.zdb"), 0, false);
+
+  bool locationTorn = false;
+  for (std::size_t write = 0; write < flush.size(); ++write) {
+    for (bool torn : {false, true}) {
+      if (torn && !flush[write].CrossesPage()) continue;
+      locationTorn = locationTorn || (torn && flush[write].offset == kCutLocation);
+      SCOPED_TRACE(testing::Message() << "dying at write " << write << " of the flush" << (torn ? ", torn" : ""));
+      cow_String name = dir.File(atr_SubstituteFormat("cut%d%d.zdb", static_cast<int>(write), torn ? 1 : 0).CStr());
+      EXPECT_EQ(128 + SIGKILL, zqa_RunInChild([&] { writer(name, first + write + 1, torn); }));
+      std::string text = SpaceBytes(OpenTestDatabase(name, utl_FileAccessRead, "APP"), kCutSlot);
+      EXPECT_TRUE(text.empty() || text == kCutSlotBytes) << text;
+    }
+  }
+  EXPECT_TRUE(locationTorn) << "the location is written alone, and a page boundary cuts it";
 }
 
 INSTANTIATE_TEST_SUITE_P(, KilledWriterTest, testing::Values(false, true),
