@@ -464,6 +464,9 @@ rfm_Handle rfm_DatabaseReprFile::CreateLinkage() {
     last->m_Linkages[0].m_Next = rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, 0);
     last = fresh;
   }
+  // A write cut by a kill can leave sizes in a slot that is free: a new
+  // linkage starts empty whatever the file held there.
+  last->m_Linkages[last->m_Used] = rfm_Linkage();
   return rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, last->m_Used++);
 }
 

@@ -306,6 +306,7 @@ namespace {
 // the location of the linkage in this slot in half.
 constexpr int kCutSlot = 109;
 constexpr utl_FileOffset kCutLocation = 1024 + 28 * kCutSlot + 16;
+constexpr utl_FileOffset kCutBoundary = 4096;
 std::string const kCutSlotBytes = "the bytes of the space whose linkage a page boundary cuts";
 
 // A new database in file with spaces up to the one in the cut slot, which it
@@ -359,6 +360,44 @@ TEST(KilledWriterCutSlotTest, APlaceholderGivenItsExtentInACutFlushReadsEmptyOrW
     }
   }
   EXPECT_TRUE(locationTorn) << "the location is written alone, and a page boundary cuts it";
+}
+
+// A writer killed in its first flush, which wrote the new group 0 up to the
+// page boundary inside the cut slot: that slot holds the space's sizes but no
+// location, so it is free. The file opens for update, and a new space in that
+// slot starts empty instead of taking those sizes over at location 1, which
+// would write over block 0.
+TEST(KilledWriterCutSlotTest, AFileLeftByAKilledWriterTakesNewObjectsInItsTornFreeSlot) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("updated.zdb");
+  std::size_t dieAt = [&] {
+    auto* file = new rfm_DyingFile(dir.File("count.zdb"), false, 0, false);
+    rfm_Database database;
+    rfm_Space space = FillUpToTheCutSlot(database, rfm_File(file), true);
+    std::size_t first = file->Writes().size();
+    database.Flush();
+    for (std::size_t write = first; write < file->Writes().size(); ++write) {
+      rfm_DyingFile::Written const& written = file->Writes()[write];
+      if (written.offset < kCutBoundary && written.offset + written.count > kCutBoundary) return write + 1;
+    }
+    return std::size_t{0};
+  }();
+  ASSERT_NE(0u, dieAt);
+  EXPECT_EQ(128 + SIGKILL, zqa_RunInChild([&] {
+              rfm_Database database;
+              rfm_Space space =
+                  FillUpToTheCutSlot(database, rfm_File(new rfm_DyingFile(name, false, dieAt, true)), true);
+              database.Flush();
+            }));
+  {
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate, "APP");
+    rfm_Space space = database.Space(-1);
+    ASSERT_EQ(kCutSlot, space.Handle().Value());
+    space.Write("after the kill", 14);
+  }
+  rfm_Database reopened = OpenTestDatabase(name, utl_FileAccessRead, "APP");
+  EXPECT_EQ("after the kill", SpaceBytes(reopened, kCutSlot));
+  EXPECT_EQ("", SpaceBytes(reopened, kCutSlot - 1));
 }
 
 INSTANTIATE_TEST_SUITE_P(, KilledWriterTest, testing::Values(false, true),
