@@ -18,7 +18,9 @@ struct rfm_Linkage {
 // A linkage group as it is held in memory: 512 linkages, of which slot 0
 // links to the next group (its location is that group's file offset).
 //
-// Invariant: slots at and above m_Used are free and zero.
+// Invariant: slots at and above m_Used are free; a file left by a killed
+// writer may hold leftovers of a cut write there, which CreateLinkage clears
+// when it takes the slot.
 struct rfm_DatabaseGroup : mem_AllocationOperators {
   static constexpr int kSlots = rfm_Handle::kSlotsPerGroup;
 

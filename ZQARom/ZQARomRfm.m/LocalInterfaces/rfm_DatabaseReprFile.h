@@ -18,7 +18,10 @@
 //   index step. Only dirty groups are written, and only at Flush.
 // - The flush count is written after everything it vouches for.
 // - Group offsets strictly increase along the chain: a new group always
-//   goes to the end of the file.
+//   goes to the end of the file, 1024 bytes past a page boundary as group 0.
+// - A flush rewrites the groups in an order that leaves, at every moment,
+//   groups that describe a prefix of every object (see DumpGroupList), so
+//   that a writer killed inside a flush loses no earlier flush.
 class rfm_DatabaseReprFile : public rfm_DatabaseRepr {
 public:
   // The on-disk form of a linkage group: 512 linkages of 28 bytes.
@@ -84,6 +87,8 @@ public:
   int GroupCount() const { return static_cast<int>(m_Groups.size()); }
   // More links than any chain can have: a longer walk means a damaged file.
   int ChainLimit() const { return static_cast<int>(m_Groups.size()) * rfm_DatabaseGroup::kSlots; }
+  // The last linkage of the chain that link is part of.
+  rfm_Handle ChainEnd(rfm_Handle link) const;
   [[noreturn]] void RaiseCorrupt(int line) const;
 
 private:
@@ -93,7 +98,11 @@ private:
   GroupList LoadGroupList();
   void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group);
   void DumpGroupList();
-  void DumpGroup(rfm_DatabaseGroup& group);
+  // Which of the objects that others refer to owns link: 0 the string pool,
+  // 1 the catalogue, 2 neither.
+  int ReferencedObject(rfm_Handle link) const;
+  // The 28 bytes of link on disk.
+  static void EncodeLinkage(rfm_Linkage const& link, char* bytes);
   // The space at handle, checked to begin with magic; the caller owns it.
   rfm_SpaceRepr* OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText);
   // A new space that begins with magic; the caller owns it.
@@ -105,6 +114,11 @@ private:
   GroupList m_Groups;
   std::unique_ptr<char[]> m_Scratch;  // one group's bytes, for all group I/O
   int m_FlushCount = 0;
+  // The last linkages of the string pool and of the catalogue as the file
+  // holds them: the only linkages of theirs, besides new ones, that a flush
+  // can change. Rows and tables refer to their records, so their growth
+  // reaches the file before any other object's.
+  rfm_Handle m_ReferencedTails[2];
 };
 
 #endif

@@ -11,6 +11,7 @@
 #include "rfm_OffsetConverter.h"
 #include "rfm_SpaceReprFile.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <exception>
@@ -18,6 +19,12 @@
 namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
+
+// Where the fields of a linkage lie in its 28 bytes: allocation and length,
+// location, next.
+constexpr int kLinkageSizes = 0;
+constexpr int kLinkageLocation = 16;
+constexpr int kLinkageNext = 24;
 
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
@@ -150,6 +157,8 @@ void rfm_DatabaseReprFile::Create(cow_String const& magic, cow_String const& des
   m_StringManager.Open(NewWellKnownSpace(kRfmStringPoolMagic));
   rfm_Space(Space(-1));
   m_Metadata = new rfm_DBMetadata(NewWellKnownSpace(kRfmMetadataMagic));
+  m_ReferencedTails[0] = rfm_Handle(kRfmStringPoolHandle);
+  m_ReferencedTails[1] = rfm_Handle(kRfmMetadataHandle);
   m_Opened = true;
 }
 
@@ -193,6 +202,10 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
   m_Metadata = new rfm_DBMetadata(OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
                                                      "***ERROR: Metadata table object is not where it belongs."));
   m_Metadata->Load();
+  if (!ReadOnly()) {
+    m_ReferencedTails[0] = ChainEnd(rfm_Handle(kRfmStringPoolHandle));
+    m_ReferencedTails[1] = ChainEnd(rfm_Handle(kRfmMetadataHandle));
+  }
   m_Opened = true;
 }
 
@@ -273,8 +286,13 @@ void rfm_DatabaseReprFile::Extend(utl_FileOffset delta) {
 void rfm_DatabaseReprFile::CreateGroup() {
   std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
   group->m_Dirty = true;
-  group->m_Offset = File().LengthLogical();
-  Extend(kGroupSize);
+  // Every group lies as group 0 does, 1024 bytes past a page boundary, so
+  // that page boundaries cut its linkages where DumpGroupList expects. The
+  // bytes skipped belong to no object.
+  constexpr int kPage = rfm_SpaceReprFile::kPageSize;
+  utl_FileOffset end = File().LengthLogical();
+  group->m_Offset = end + ((kRfmBlock0Size - end) % kPage + kPage) % kPage;
+  Extend(group->m_Offset - end + kGroupSize);
   m_Groups.push_back(std::move(group));
 }
 
@@ -316,29 +334,114 @@ void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& g
   }
 }
 
+// A writer may be killed at any moment of a flush, and there is no journal:
+// whatever the groups on disk say when the writer dies is what the file
+// holds. So the groups are not written whole but piece by piece, in an order
+// in which every state on the way describes a prefix of every object:
+//
+//   1. the slots the file does not use yet (from the first without a
+//      location on): nothing on disk leads to them;
+//   2. changed locations: extents given to placeholders, whose lengths on
+//      disk are still 0, and links to new groups, which are written by now;
+//   3. the string pool's growth and then its link to a new extent, then the
+//      catalogue's: rows and tables refer to their records;
+//   4. the growth of every other object, over data written before the flush;
+//   5. every other link to a new extent, whose linkage is written by now.
+//
+// Each piece is one write. A kill can still cut a write, but only at a page
+// boundary. A group lies 1024 bytes past one, as group 0 does, so the
+// boundaries inside it fall before slot 256, between slot 402's allocation
+// and length, and inside slot 109's location. A location changes only from
+// the placeholder, and one cut there keeps the placeholder's high half: 1.0
+// with new low bits still reads as 1. So no cut write leaves a length above
+// its allocation, a location that is neither old nor new, or half a link.
 void rfm_DatabaseReprFile::DumpGroupList() {
-  for (auto& group : m_Groups) DumpGroup(*group);
+  // Pieces are written by rank: fresh slots, locations, then for the pool,
+  // the catalogue and everything else in turn, sizes and then the next.
+  constexpr int kFreshSlots = 0;
+  constexpr int kLocations = 1;
+  auto sizesRank = [](int owner) { return 2 + 2 * owner; };
+  struct Piece {
+    int rank;
+    std::size_t group;
+    int begin;  // bytes within the group
+    int end;
+  };
+  std::vector<Piece> pieces;
+  omi_Swapper order = rfm_FileOrder();
+  char* onDisk = m_Scratch.get();
+  for (std::size_t index = 0; index < m_Groups.size(); ++index) {
+    rfm_DatabaseGroup& group = *m_Groups[index];
+    if (!group.m_Dirty) continue;
+    group.m_Linkages[0].m_Allocation = 0;
+    group.m_Linkages[0].m_Length = 0;
+    File().Seek(group.m_Offset);
+    int got = File().Read(onDisk, kGroupSize);
+    std::memset(onDisk + got, 0, static_cast<std::size_t>(kGroupSize - got));
+    int used = 1;
+    while (used < rfm_DatabaseGroup::kSlots &&
+           rfm_OffsetConverter::Internalize(order, onDisk + used * kLinkageSize + kLinkageLocation) != 0) {
+      ++used;
+    }
+    // A group the file does not hold whole yet is written to its end.
+    int freshEnd = got < kGroupSize ? kGroupSize : group.m_Used * kLinkageSize;
+    pieces.push_back({kFreshSlots, index, used * kLinkageSize, std::max(freshEnd, used * kLinkageSize)});
+    for (int slot = 0; slot < used; ++slot) {
+      char now[kLinkageSize];
+      EncodeLinkage(group.m_Linkages[slot], now);
+      int at = slot * kLinkageSize;
+      auto changed = [&](int begin, int end) {
+        return std::memcmp(now + begin, onDisk + at + begin, static_cast<std::size_t>(end - begin)) != 0;
+      };
+      int owner = ReferencedObject(rfm_Handle::Make(static_cast<int>(index), slot));
+      if (changed(kLinkageLocation, kLinkageNext)) {
+        pieces.push_back({kLocations, index, at + kLinkageLocation, at + kLinkageNext});
+      }
+      if (changed(kLinkageSizes, kLinkageLocation)) {
+        pieces.push_back({sizesRank(owner), index, at + kLinkageSizes, at + kLinkageLocation});
+      }
+      if (changed(kLinkageNext, kLinkageSize)) {
+        pieces.push_back({sizesRank(owner) + 1, index, at + kLinkageNext, at + kLinkageSize});
+      }
+    }
+  }
+  std::stable_sort(pieces.begin(), pieces.end(), [](Piece const& a, Piece const& b) { return a.rank < b.rank; });
+  for (Piece const& piece : pieces) {
+    if (piece.begin == piece.end) continue;
+    rfm_DatabaseGroup const& group = *m_Groups[piece.group];
+    for (int slot = piece.begin / kLinkageSize; slot <= (piece.end - 1) / kLinkageSize; ++slot) {
+      EncodeLinkage(group.m_Linkages[slot], m_Scratch.get() + slot * kLinkageSize);
+    }
+    File().Seek(group.m_Offset + piece.begin);
+    File().Write(m_Scratch.get() + piece.begin, piece.end - piece.begin);
+  }
+  for (auto& group : m_Groups) group->m_Dirty = false;
+  for (rfm_Handle& tail : m_ReferencedTails) tail = ChainEnd(tail);
 }
 
-void rfm_DatabaseReprFile::DumpGroup(rfm_DatabaseGroup& group) {
-  if (!group.m_Dirty) return;
-  group.m_Linkages[0].m_Allocation = 0;
-  group.m_Linkages[0].m_Length = 0;
+int rfm_DatabaseReprFile::ReferencedObject(rfm_Handle link) const {
+  if (link == m_ReferencedTails[0]) return 0;
+  if (link == m_ReferencedTails[1]) return 1;
+  return 2;
+}
+
+void rfm_DatabaseReprFile::EncodeLinkage(rfm_Linkage const& link, char* bytes) {
   omi_Swapper order = rfm_FileOrder();
-  char* bytes = m_Scratch.get();
-  for (rfm_Linkage const& link : group.m_Linkages) {
-    rfm_OffsetConverter::Externalize(order, bytes, link.m_Allocation);
-    rfm_OffsetConverter::Externalize(order, bytes + 8, link.m_Length);
-    rfm_OffsetConverter::Externalize(order, bytes + 16, link.m_Location);
-    // The next field is 4 bytes here, not a stored handle's 8.
-    char handle[rfm_HandleConverter::ExternalSize()];
-    rfm_HandleConverter::Externalize(order, handle, link.m_Next);
-    std::memcpy(bytes + 24, handle, 4);
-    bytes += kLinkageSize;
+  rfm_OffsetConverter::Externalize(order, bytes + kLinkageSizes, link.m_Allocation);
+  rfm_OffsetConverter::Externalize(order, bytes + kLinkageSizes + 8, link.m_Length);
+  rfm_OffsetConverter::Externalize(order, bytes + kLinkageLocation, link.m_Location);
+  // The next field is 4 bytes here, not a stored handle's 8.
+  char handle[rfm_HandleConverter::ExternalSize()];
+  rfm_HandleConverter::Externalize(order, handle, link.m_Next);
+  std::memcpy(bytes + kLinkageNext, handle, kLinkageSize - kLinkageNext);
+}
+
+rfm_Handle rfm_DatabaseReprFile::ChainEnd(rfm_Handle link) const {
+  for (int steps = 0; !Linkage(link).m_Next.IsNull(); ++steps) {
+    if (steps > ChainLimit()) RaiseCorrupt(__LINE__);
+    link = Linkage(link).m_Next;
   }
-  File().Seek(group.m_Offset);
-  File().Write(m_Scratch.get(), kGroupSize);
-  group.m_Dirty = false;
+  return link;
 }
 
 rfm_Linkage const& rfm_DatabaseReprFile::Linkage(rfm_Handle handle) const {
@@ -355,16 +458,18 @@ void rfm_DatabaseReprFile::MakeDirty(rfm_Handle handle) { m_Groups[handle.Group(
 
 rfm_Handle rfm_DatabaseReprFile::CreateLinkage() {
   rfm_DatabaseGroup* last = m_Groups.back().get();
-  if (last->m_Used < rfm_DatabaseGroup::kSlots) {
-    return rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, last->m_Used++);
+  if (last->m_Used == rfm_DatabaseGroup::kSlots) {
+    CreateGroup();
+    rfm_DatabaseGroup* fresh = m_Groups.back().get();
+    last->m_Dirty = true;
+    last->m_Linkages[0].m_Location = fresh->m_Offset;
+    last->m_Linkages[0].m_Next = rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, 0);
+    last = fresh;
   }
-  CreateGroup();
-  rfm_DatabaseGroup* fresh = m_Groups.back().get();
-  int freshIndex = static_cast<int>(m_Groups.size()) - 1;
-  last->m_Dirty = true;
-  last->m_Linkages[0].m_Location = fresh->m_Offset;
-  last->m_Linkages[0].m_Next = rfm_Handle::Make(freshIndex, 0);
-  return rfm_Handle::Make(freshIndex, fresh->m_Used++);
+  // A write cut by a kill can leave sizes in a slot that is free: a new
+  // linkage starts empty whatever the file held there.
+  last->m_Linkages[last->m_Used] = rfm_Linkage();
+  return rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, last->m_Used++);
 }
 
 bool rfm_DatabaseReprFile::HandleOk(rfm_Handle handle) const {

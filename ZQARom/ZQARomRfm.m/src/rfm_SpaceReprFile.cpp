@@ -69,14 +69,7 @@ utl_FileOffset rfm_SpaceReprFile::Allocation() const {
   return m_Allocation;
 }
 
-rfm_Handle rfm_SpaceReprFile::LastLinkage() const {
-  rfm_Handle link = m_Current;
-  for (int steps = 0; !m_Database->Linkage(link).m_Next.IsNull(); ++steps) {
-    if (steps > m_Database->ChainLimit()) m_Database->RaiseCorrupt(__LINE__);
-    link = m_Database->Linkage(link).m_Next;
-  }
-  return link;
-}
+rfm_Handle rfm_SpaceReprFile::LastLinkage() const { return m_Database->ChainEnd(m_Current); }
 
 void rfm_SpaceReprFile::RaiseBadSeek(int line, utl_FileOffset offset) const {
   nex_ThrowMessage(kSourcePath, line,
