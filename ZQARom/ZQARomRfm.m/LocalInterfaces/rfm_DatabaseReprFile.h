@@ -19,6 +19,9 @@
 // - The flush count is written after everything it vouches for.
 // - Group offsets strictly increase along the chain: a new group always
 //   goes to the end of the file.
+// - Extents and groups never overlap, every linkage continues at most one
+//   other, and an extent's used bytes lie within the file: a group list
+//   read from disk that breaks these is refused whole.
 class rfm_DatabaseReprFile : public rfm_DatabaseRepr {
 public:
   // The on-disk form of a linkage group: 512 linkages of 28 bytes.
@@ -87,7 +90,10 @@ private:
 
   void CreateGroup();
   GroupList LoadGroupList();
-  void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group);
+  void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group, utl_FileOffset stored);
+  // Checks what no single linkage shows: that chains join nowhere and that
+  // no two extents, groups or block 0 share a byte; marks continuations.
+  void CheckLinkages(GroupList& groups) const;
   void DumpGroupList();
   void DumpGroup(rfm_DatabaseGroup& group);
   // The space at handle, checked to begin with magic; the caller owns it.

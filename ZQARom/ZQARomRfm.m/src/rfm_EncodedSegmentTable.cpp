@@ -5,6 +5,7 @@
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace {
@@ -130,6 +131,23 @@ void rfm_EncodedSegmentTable::Flush() {
   }
   WriteHeader();
   m_Sectors.Flush();
+}
+
+bool rfm_EncodedSegmentTable::HoldsData(int index) const {
+  if (m_Sectors.HasStream(index)) return true;
+  return index >= 0 && index < static_cast<int>(m_Segments.size()) && m_Segments[static_cast<std::size_t>(index)] &&
+         m_Segments[static_cast<std::size_t>(index)]->IsDirty();
+}
+
+std::int64_t rfm_EncodedSegmentTable::StoredSize() {
+  // Streams exist only below the stream table's count, which the file's
+  // sectors bound, so a damaged segment count costs no long search.
+  int last = std::min(m_NumSegments, m_Sectors.NumStreams()) - 1;
+  while (last >= 0 && !m_Sectors.HasStream(last)) --last;
+  for (int index = static_cast<int>(m_Segments.size()) - 1; index > last; --index) {
+    if (HoldsData(index)) last = index;
+  }
+  return std::min(FileSize(), std::int64_t(last + 1) * m_SegmentSize);
 }
 
 std::int64_t rfm_EncodedSegmentTable::FileSize() {

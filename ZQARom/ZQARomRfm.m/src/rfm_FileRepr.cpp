@@ -8,6 +8,8 @@ rfm_FileStatus::RfmFileStatus rfm_FileRepr::FileStatus() { return rfm_FileStatus
 
 cow_String rfm_FileRepr::CheckNZDBCache() { return cow_String(); }
 
+bool rfm_FileRepr::Stores(utl_FileOffset, utl_FileOffset) { return true; }
+
 void rfm_FileRepr::FTPCheckSet(int) {}
 
 void rfm_FileRepr::FTPCheckCheck(int) {}

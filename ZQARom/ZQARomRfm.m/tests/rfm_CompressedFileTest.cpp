@@ -257,3 +257,25 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
     EXPECT_EQ(0u, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); }).find(fileCorrupt)) << offset;
   }
 }
+
+// A segment that the stream table says was never written reads as zeros;
+// a database whose objects have bytes there is damaged, and opening says so.
+TEST(CompressedFileTest, ADatabaseWithBytesInASegmentNeverWrittenIsRefused) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("holes.mdb");
+  std::string const text = Pattern(12000, 7);
+  {
+    rfm_Database database = rfm_Database::Create(rfm_File(CreateWithSegments(name, 4096).release()), "APP", "", 0);
+    database.Space(-1).Write(text.data(), static_cast<int>(text.size()));
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  ASSERT_GT(StoredInt(bytes, 16), 6);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ(text, SpaceBytes(database, 4));
+  database = rfm_Database();
+
+  PutStoredInt(bytes, kStreamTable + 4 * 5, 0);
+  zqa_WriteFileBytes(name, bytes);
+  EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
+            MessageOf([&] { OpenTestDatabase(name, utl_FileAccessRead); }));
+}

@@ -26,4 +26,10 @@ inline void PutStoredInt(std::string& bytes, std::size_t offset, std::int32_t va
   for (int i = 0; i < 4; ++i) bytes.at(offset + i) = static_cast<char>((word >> (8 * i)) & 0xff);
 }
 
+inline void PutStoredDouble(std::string& bytes, std::size_t offset, double value) {
+  std::uint64_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  for (int i = 0; i < 8; ++i) bytes.at(offset + i) = static_cast<char>((bits >> (8 * i)) & 0xff);
+}
+
 #endif
