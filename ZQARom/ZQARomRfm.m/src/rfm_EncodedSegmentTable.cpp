@@ -16,8 +16,10 @@ constexpr std::int32_t MAGIC = 0x6141C1A5;
 constexpr std::int32_t CURRENT_VERSION = 1;
 enum { kMagicWord, kVersionWord, kSegmentSizeWord, kNumSegmentsWord, kLastSegmentSizeWord, kHeaderWords };
 constexpr int kWordSize = 4;
-// Larger segments could not be encoded within an int's reach.
-constexpr int kLargestSegmentSize = 1 << 30;
+// Files are written with 64 KiB segments. A segment costs its size in
+// memory for each buffer, so a header that claims more than this is taken
+// for damage rather than trusted.
+constexpr int kLargestSegmentSize = 1 << 24;
 
 }  // namespace
 

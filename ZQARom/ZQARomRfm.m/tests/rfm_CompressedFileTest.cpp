@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -244,13 +245,17 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
     EXPECT_EQ(content.substr(0, 2048), twoSegments);
     EXPECT_EQ(corrupt, MessageOf([&] { file->Read(twoSegments.data(), 1); }));
   }
-  for (int length : {2 * kSector, -1, 3}) {
+  for (int length : {2 * kSector, -1, 3, std::numeric_limits<int>::min()}) {
     bytes = good;
     PutStoredInt(bytes, stream1, length);
     expectSegment1Fails(bytes, corrupt);
   }
-  // Damage to the header is found at open.
-  for (auto [offset, value] : {std::pair{16, 0x7fffffff}, {kStreamTable + 8, 77}, {28, 0}, {32, -1}}) {
+  // Damage to the header is found at open: among it a segment size far
+  // beyond any written, which would cost that much memory per buffer, and
+  // two streams that begin at one sector.
+  int const stream0 = StoredInt(good, kStreamTable);
+  for (auto [offset, value] : {std::pair{16, 0x7fffffff}, {kStreamTable + 8, 77}, {28, 0}, {32, -1}, {28, 1 << 25},
+                               {kStreamTable + 4, stream0}}) {
     bytes = good;
     PutStoredInt(bytes, offset, value);
     zqa_WriteFileBytes(name, bytes);
