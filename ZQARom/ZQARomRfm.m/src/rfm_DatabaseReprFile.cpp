@@ -90,7 +90,16 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
     case kRfmTaggedStreamMagic:
       return rfm_TypeStream;
     case kRfmArrayMagic:
-      return static_cast<rfm_Type>(words[2]);
+      // An element type no array can have makes this no array.
+      switch (words[2]) {
+        case rfm_TypeInt:
+        case rfm_TypeFloat:
+        case rfm_TypeDouble:
+        case rfm_TypeString:
+          return static_cast<rfm_Type>(words[2]);
+        default:
+          return rfm_TypeSpace;
+      }
     default:
       return rfm_TypeSpace;
   }
