@@ -260,6 +260,15 @@ std::vector<DamageCase> DatabaseDamage(std::string const& bytes,
   }
   for (std::size_t length = 1024 + kGroup + 1; length < bytes.size(); length += 1531) cases.Truncate(length);
   cases.Truncate(bytes.size() - 1);
+
+  // Inputs the plain fuzz target found before element types were checked,
+  // reduced to the bytes that mattered: an array's element type with a
+  // high byte set made HandleType answer a value no rfm_Type has.
+  for (auto [object, high] : {std::pair{2, '\x70'}, {5, '\x5b'}}) {
+    int const handle = objects.at(object).m_Handle.Value();
+    cases.Add({"fuzzed: object " + std::to_string(handle) + " element type's high byte",
+               {{layout.Locate(handle, 11), high}}});
+  }
   return cases.Cases();
 }
 
@@ -312,6 +321,14 @@ std::vector<DamageCase> ContainerDamage(std::string const& bytes) {
     cases.Truncate(length);
     cases.Truncate(length + 700);
   }
+
+  // An input the compressed fuzz target found when segments of up to 1 GiB
+  // were taken, reduced: a segment size of 256 MiB and more, segment 0
+  // without a stream, the file cut after sector 0. Opening filled a buffer
+  // of the segment's size.
+  cases.Add({"fuzzed: segment size's high byte, no stream 0, cut after sector 0",
+             {{31, '\x10'}, {40, 0}, {41, 0}, {42, 0}, {43, 0}},
+             kSector + 7});
   return cases.Cases();
 }
 

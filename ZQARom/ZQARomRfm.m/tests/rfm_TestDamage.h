@@ -118,6 +118,10 @@ public:
     m_Cases.push_back(damage);
   }
 
+  // Any other damage, such as an input a fuzz target found, as its edits
+  // to these bytes.
+  void Add(DamageCase const& damage) { m_Cases.push_back(damage); }
+
   std::vector<DamageCase> const& Cases() const { return m_Cases; }
 
 private:

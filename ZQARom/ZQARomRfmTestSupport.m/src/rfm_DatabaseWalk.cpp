@@ -165,7 +165,8 @@ void rfm_DatabaseWalk::Object(rfm_Handle handle) {
       Space(handle);
       break;
     default:
-      // An array whose element type is no type: opening it reports the damage.
+      // A kind that no object has, declared by a damaged row: opening the
+      // object as an array reports what it is not.
       Array(m_Database.ArrayInt(handle, -1, 0));
       break;
   }
