@@ -91,9 +91,10 @@ private:
   void CreateGroup();
   GroupList LoadGroupList();
   void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group, utl_FileOffset stored);
-  // Checks what no single linkage shows: that chains join nowhere and that
-  // no two extents, groups or block 0 share a byte; marks continuations.
-  void CheckLinkages(GroupList& groups) const;
+  // Checks the slots in use against the bytes the file stores and against
+  // each other: chains join nowhere, and no two extents, groups or block 0
+  // share a byte. Marks the linkages that continue a chain.
+  void CheckLinkages(GroupList& groups, utl_FileOffset stored) const;
   void DumpGroupList();
   void DumpGroup(rfm_DatabaseGroup& group);
   // The space at handle, checked to begin with magic; the caller owns it.

@@ -300,7 +300,7 @@ rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
     offset = next;
     groups.push_back(std::move(group));
   }
-  CheckLinkages(groups);
+  CheckLinkages(groups, stored);
   return groups;
 }
 
@@ -326,16 +326,11 @@ void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& g
     if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
       RaiseCorrupt(__LINE__);
     }
-    // A location inside block 0 only holds the slot of a space that has not
-    // grown: it has no bytes. Used bytes lie within what the file holds.
-    if (link.m_Location > 0 && link.m_Location < kRfmBlock0Size && link.m_Allocation != 0) RaiseCorrupt(__LINE__);
-    bool const beyond = link.m_Location > stored - link.m_Length;
-    if (link.m_Length > 0 && (beyond || !File().Stores(link.m_Location, link.m_Length))) RaiseCorrupt(__LINE__);
     if (slot > 0 && link.m_Location == 0 && group.m_Used == rfm_DatabaseGroup::kSlots) group.m_Used = slot;
   }
 }
 
-void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups) const {
+void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups, utl_FileOffset stored) const {
   struct Range {
     utl_FileOffset m_Start;
     utl_FileOffset m_Size;
@@ -344,8 +339,14 @@ void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups) const {
   std::vector<Range> ranges{{0, kRfmBlock0Size}};
   for (auto const& group : groups) {
     ranges.push_back({group->m_Offset, kGroupSize});
+    // Free slots mean nothing, whatever they hold.
     for (int slot = 1; slot < group->m_Used; ++slot) {
       rfm_Linkage const& link = group->m_Linkages[slot];
+      // A location inside block 0 only holds the slot of a space that has
+      // not grown: it has no bytes. Used bytes lie within what the file holds.
+      if (link.m_Location < kRfmBlock0Size && link.m_Allocation != 0) RaiseCorrupt(__LINE__);
+      bool const beyond = link.m_Location > stored - link.m_Length;
+      if (link.m_Length > 0 && (beyond || !File().Stores(link.m_Location, link.m_Length))) RaiseCorrupt(__LINE__);
       if (link.m_Allocation > 0) ranges.push_back({link.m_Location, link.m_Allocation});
       rfm_Handle next = link.m_Next;
       if (next.IsNull()) continue;
