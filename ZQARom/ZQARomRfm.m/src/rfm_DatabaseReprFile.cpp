@@ -90,7 +90,8 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
     case kRfmTaggedStreamMagic:
       return rfm_TypeStream;
     case kRfmArrayMagic:
-      // An element type no array can have makes this no array.
+      // A damaged element type answers none: a value outside the
+      // enumeration cannot be one.
       switch (words[2]) {
         case rfm_TypeInt:
         case rfm_TypeFloat:
@@ -98,7 +99,7 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
         case rfm_TypeString:
           return static_cast<rfm_Type>(words[2]);
         default:
-          return rfm_TypeSpace;
+          return rfm_TypeNone;
       }
     default:
       return rfm_TypeSpace;
