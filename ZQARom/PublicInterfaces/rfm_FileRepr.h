@@ -20,8 +20,9 @@ public:
   virtual utl_FileOffset LengthPysical() const { return m_PhysicalFileSize; }
   // The bytes from the start that the file really holds now: no stored
   // offset or length that points beyond them can be right. Asked afresh,
-  // since another process may have grown the file.
-  virtual utl_FileOffset LengthStored() { return m_PhysicalFileSize; }
+  // since another process may have grown the file. A representation that
+  // cannot tell answers the largest offset, and nothing is refused for it.
+  virtual utl_FileOffset LengthStored();
   // Whether the file stores every byte of a range below LengthStored().
   // Only a compressed file, whose segments never written store nothing,
   // can answer false.

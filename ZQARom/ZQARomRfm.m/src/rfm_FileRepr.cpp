@@ -1,5 +1,6 @@
 #include "rfm_FileRepr.h"
 
+#include "rfm_OffsetConverter.h"
 #include "rfm_ReaderSemaphore.h"
 
 rfm_FileRepr::~rfm_FileRepr() = default;
@@ -7,6 +8,8 @@ rfm_FileRepr::~rfm_FileRepr() = default;
 rfm_FileStatus::RfmFileStatus rfm_FileRepr::FileStatus() { return rfm_FileStatus::kUnchanged; }
 
 cow_String rfm_FileRepr::CheckNZDBCache() { return cow_String(); }
+
+utl_FileOffset rfm_FileRepr::LengthStored() { return rfm_OffsetConverter::kLargest; }
 
 bool rfm_FileRepr::Stores(utl_FileOffset, utl_FileOffset) { return true; }
 
