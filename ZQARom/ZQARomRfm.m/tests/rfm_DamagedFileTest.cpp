@@ -16,11 +16,12 @@
 //   leaves the file well formed, so that no reader could tell it from a
 //   file written that way: a string reference naming another string's
 //   record, a table naming another catalogue record, a field type, an
-//   array's element type or width, or an item's tag of the same size
-//   changed to another valid one; the last extent of a chain made shorter
-//   or longer within its allocation, or a chain cut by a null next; a
-//   string's length changed within its padding. Each case is classed by
-//   the value it writes, from the undamaged file's layout read here.
+//   array's element type or width, or an item's tag changed to another
+//   valid one; the last extent of a chain made shorter or longer within
+//   its allocation, an extent moved into bytes that belong to nothing, or
+//   a chain cut by a null next; a string's length changed within its
+//   padding. Each case is classed by the value it writes, from the
+//   undamaged file's layout read here.
 // Anything else fails the case: different data after any other damage to
 // structure, any other exception, a crash or sanitizer report, a walk that
 // outlives its time, an allocation above the limit, or a thread left
@@ -105,6 +106,22 @@ public:
     for (std::size_t i = 0; i < 4; ++i) word += m_Bytes.at(Locate(handle, at + i));
     return StoredInt(word, 0);
   }
+  // Whether size bytes from start are free: in the file, and in no extent,
+  // group or block 0, the one extent at the linkage at `except` aside.
+  bool Free(long long start, long long size, std::size_t except) const {
+    if (start < static_cast<long long>(kBlock0) || start + size > static_cast<long long>(m_Bytes.size())) return false;
+    for (std::size_t group = 0; group < m_Groups.size(); ++group) {
+      auto taken = [&](long long from, long long bytes) { return from < start + size && start < from + bytes; };
+      if (taken(static_cast<long long>(m_Groups[group]), kGroup)) return false;
+      for (int slot = 1; slot < Used(group); ++slot) {
+        std::size_t const at = m_Groups[group] + static_cast<std::size_t>(slot) * kLinkage;
+        long long const allocation = static_cast<long long>(StoredOffset(m_Bytes, at));
+        long long const location = static_cast<long long>(StoredOffset(m_Bytes, at + 16));
+        if (at != except && allocation > 0 && taken(location, allocation)) return false;
+      }
+    }
+    return true;
+  }
 
 private:
   std::string const& m_Bytes;
@@ -160,7 +177,10 @@ std::vector<DamageCase> DatabaseDamage(std::string const& bytes,
       // A chain's last extent may hold any length within its allocation.
       cases.Double(name + " length", At(at + 8),
                    [last, allocation](long long length) { return last && length >= 0 && length <= allocation; });
-      cases.Double(name + " location", At(at + 16));
+      // Moved whole into bytes that belong to nothing, an extent reads them.
+      cases.Double(name + " location", At(at + 16), [&layout, at, allocation, slot, used](long long location) {
+        return slot > 0 && slot < used && layout.Free(location, allocation, at);
+      });
       // A null next ends the chain early: a shorter object.
       cases.Int(name + " next", At(at + 24), kStructure, [slot](std::int32_t next) { return slot > 0 && next == 0; });
     }
