@@ -1,14 +1,17 @@
 # Quick start: `make demo` builds everything, writes the example results
 # file and looks at it with zdb; `make test` builds and runs every test.
 # `make test ASAN=ON` does the same under the address and undefined-behaviour
-# sanitizers, in a build folder of its own.
+# sanitizers, in a build folder of its own. `make fuzz` builds the fuzz
+# targets with clang in build-fuzz/ and runs each for FUZZ_SECONDS seconds.
 
 ASAN ?= OFF
 BUILD ?= $(if $(filter ON,$(ASAN)),build-asan,build)
 JOBS ?= $(shell nproc)
 PREFIX ?= $(CURDIR)/out/install
+FUZZ_SECONDS ?= 180
+FUZZ_TARGETS ?= rfm_FuzzPlainDatabase rfm_FuzzCompressedDatabase rfm_FuzzTaggedStream
 
-.PHONY: all demo test deps configure build bench install clean
+.PHONY: all demo test deps configure build bench fuzz install clean
 
 all: build
 
@@ -31,8 +34,13 @@ bench: deps
 	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build build-bench -j $(JOBS)
 
+fuzz:
+	cmake -S . -B build-fuzz -DCMAKE_CXX_COMPILER=clang++ -DBUILD_FUZZERS=ON -DBUILD_TESTING=OFF
+	cmake --build build-fuzz -j $(JOBS) --target rfm_FuzzSeeds $(FUZZ_TARGETS)
+	fuzz/run build-fuzz $(FUZZ_SECONDS) $(FUZZ_TARGETS)
+
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 clean:
-	rm -rf build build-asan build-bench out
+	rm -rf build build-asan build-bench build-fuzz out

@@ -18,6 +18,15 @@ public:
 
   virtual utl_FileOffset LengthLogical() const { return m_LogicalFileSize; }
   virtual utl_FileOffset LengthPysical() const { return m_PhysicalFileSize; }
+  // The bytes from the start that the file really holds now: no stored
+  // offset or length that points beyond them can be right. Asked afresh,
+  // since another process may have grown the file. A representation that
+  // cannot tell answers the largest offset, and nothing is refused for it.
+  virtual utl_FileOffset LengthStored();
+  // Whether the file stores every byte of a range below LengthStored().
+  // Only a compressed file, whose segments never written store nothing,
+  // can answer false.
+  virtual bool Stores(utl_FileOffset offset, utl_FileOffset length);
   // Grows the logical length by delta; answers whether the real file grew.
   virtual bool FileExtend(utl_FileOffset delta) = 0;
   // Gives the real file back its unused tail.

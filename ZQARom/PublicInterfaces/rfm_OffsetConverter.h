@@ -13,6 +13,9 @@ public:
   // What a stored value that can be no offset reads as (negative, NaN, or
   // beyond 2^62): every caller treats a negative offset as damage.
   static constexpr utl_FileOffset kInvalid = -1;
+  // Every value read is below this (2^62): no file reaches it, and sums of
+  // a few such values cannot overflow.
+  static constexpr utl_FileOffset kLargest = utl_FileOffset(1) << 62;
 
   static constexpr int ExternalSize() { return 8; }
   static utl_FileOffset Internalize(omi_Swapper swapper, char const* source);

@@ -51,6 +51,12 @@ public:
   // Saves every changed segment, the geometry and the stream table.
   void Flush();
   std::int64_t FileSize();
+  // The logical bytes that segments with data cover: up to the end of the
+  // last segment that has a stream or changes not yet saved, at most the
+  // file's size. Beyond it a segment reads as zeros it never stored.
+  std::int64_t StoredSize();
+  // Whether segment index has data: a stream, or changes not yet saved.
+  bool HoldsData(int index) const;
 
   int SegmentSize() const { return m_SegmentSize; }
   int NumSegments() const { return m_NumSegments; }

@@ -37,6 +37,10 @@ public:
   int Read(char* buffer, int count) override;
   int Write(char const* buffer, int count) override;
   bool FileExtend(utl_FileOffset delta) override;
+  // Up to the end of the last segment that holds data: a segment never
+  // written has no bytes, only a place.
+  utl_FileOffset LengthStored() override { return m_Table.StoredSize(); }
+  bool Stores(utl_FileOffset offset, utl_FileOffset length) override;
   void Trim() override;
 
   // Whether the file begins with the compressed container's magic. Only

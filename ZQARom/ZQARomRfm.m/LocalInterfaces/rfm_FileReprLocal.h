@@ -33,6 +33,7 @@ public:
   int Write(char const* buffer, int count) override;
 
   bool FileExtend(utl_FileOffset delta) override;
+  utl_FileOffset LengthStored() override { return m_File.FileSize(); }
   void Trim() override;
   rfm_FileStatus::RfmFileStatus FileStatus() override;
   void FTPCheckSet(int offset) override;

@@ -41,6 +41,8 @@ public:
   int Read(char* buffer, int count) override;
   int Write(char const* buffer, int count) override;
 
+  // The file's length as the assistant sees it now.
+  utl_FileOffset LengthStored() override;
   bool FileExtend(utl_FileOffset delta) override;
   void Trim() override;
   // Asks the assistant; stale pages it names are dropped on the way. A

@@ -297,11 +297,12 @@ void rfm_DatabaseReprFile::CreateGroup() {
 }
 
 rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
+  utl_FileOffset const stored = File().LengthStored();
   GroupList groups;
   utl_FileOffset offset = kRfmBlock0Size;
   while (offset != 0) {
     std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
-    LoadGroup(offset, *group);
+    LoadGroup(offset, *group, stored);
     utl_FileOffset next = group->m_Linkages[0].m_Location;
     // Groups only ever go to the end of the file: a next group that is not
     // further on would make the chain a loop.
@@ -309,10 +310,16 @@ rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
     offset = next;
     groups.push_back(std::move(group));
   }
+  CheckLinkages(groups, stored);
   return groups;
 }
 
-void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group) {
+void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group, utl_FileOffset stored) {
+  // Checked before the seek: a compressed file would make room in memory
+  // for any offset within its claimed size. Only the group's start is
+  // bound: a flush need not write the free slots at its end, which read as
+  // zeros all the same.
+  if (offset >= stored) RaiseCorrupt(__LINE__);
   File().Seek(offset);
   if (File().Read(m_Scratch.get(), kGroupSize) != kGroupSize) RaiseCorrupt(__LINE__);
   omi_Swapper order = rfm_FileOrder();
@@ -326,11 +333,52 @@ void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& g
     link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + 8);
     link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + 16);
     link.m_Next = rfm_HandleConverter::Internalize(order, bytes + 24);
+    link.m_Continues = false;
     link.m_Head = false;
     if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
       RaiseCorrupt(__LINE__);
     }
     if (slot > 0 && link.m_Location == 0 && group.m_Used == rfm_DatabaseGroup::kSlots) group.m_Used = slot;
+  }
+}
+
+void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups, utl_FileOffset stored) const {
+  struct Range {
+    utl_FileOffset m_Start;
+    utl_FileOffset m_Size;
+    bool operator<(Range const& other) const { return m_Start < other.m_Start; }
+  };
+  std::vector<Range> ranges{{0, kRfmBlock0Size}};
+  for (auto const& group : groups) {
+    ranges.push_back({group->m_Offset, kGroupSize});
+    // Free slots mean nothing, whatever they hold.
+    for (int slot = 1; slot < group->m_Used; ++slot) {
+      rfm_Linkage const& link = group->m_Linkages[slot];
+      // A location inside block 0 only holds the slot of a space that has
+      // not grown: it has no bytes. Used bytes lie within what the file holds.
+      if (link.m_Location < kRfmBlock0Size && link.m_Allocation != 0) RaiseCorrupt(__LINE__);
+      bool const beyond = link.m_Location > stored - link.m_Length;
+      if (link.m_Length > 0 && (beyond || !File().Stores(link.m_Location, link.m_Length))) RaiseCorrupt(__LINE__);
+      if (link.m_Allocation > 0) ranges.push_back({link.m_Location, link.m_Allocation});
+      rfm_Handle next = link.m_Next;
+      if (next.IsNull()) continue;
+      // A chain goes on in a slot in use, never in a group's link slot nor
+      // in the objects made with the database, which head their chains; and
+      // no two chains share a linkage.
+      if (next.Group() >= groups.size() || next.Slot() == 0 || next.Slot() >= groups[next.Group()]->m_Used ||
+          next.Value() <= kRfmMetadataHandle) {
+        RaiseCorrupt(__LINE__);
+      }
+      rfm_Linkage& continued = groups[next.Group()]->m_Linkages[next.Slot()];
+      if (continued.m_Continues) RaiseCorrupt(__LINE__);
+      continued.m_Continues = true;
+    }
+  }
+  // Every byte belongs to one extent at most: an extent that a flipped
+  // location moved onto another's bytes is found here.
+  std::sort(ranges.begin(), ranges.end());
+  for (std::size_t i = 1; i < ranges.size(); ++i) {
+    if (ranges[i].m_Start - ranges[i - 1].m_Start < ranges[i - 1].m_Size) RaiseCorrupt(__LINE__);
   }
 }
 

@@ -60,10 +60,11 @@ void rfm_EncodedSegment::ReadStream(rfm_SectorArray& sectors, int index, int dec
   rfm_SectorRead reader = sectors.GetStreamRead(index);
   // The stored length counts its own four bytes. Any stream this library
   // wrote is shorter than the encoder's worst case for a whole segment.
-  int encodedLength = reader.Length() - rfm_SectorRead::kLengthSize;
-  if (encodedLength < 0 || encodedLength > decodedSize + decodedSize / 10 + 12) {
+  if (reader.Length() < rfm_SectorRead::kLengthSize ||
+      reader.Length() - rfm_SectorRead::kLengthSize > decodedSize + decodedSize / 10 + 12) {
     rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
   }
+  int encodedLength = reader.Length() - rfm_SectorRead::kLengthSize;
   rfm_SegmentBuffer stream(encodedLength);
   if (reader.Read(stream.Data(), encodedLength) != encodedLength) rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
   encoded->Swap(stream);

@@ -5,6 +5,7 @@
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
 
+#include <algorithm>
 #include <exception>
 
 namespace {
@@ -15,8 +16,10 @@ constexpr std::int32_t MAGIC = 0x6141C1A5;
 constexpr std::int32_t CURRENT_VERSION = 1;
 enum { kMagicWord, kVersionWord, kSegmentSizeWord, kNumSegmentsWord, kLastSegmentSizeWord, kHeaderWords };
 constexpr int kWordSize = 4;
-// Larger segments could not be encoded within an int's reach.
-constexpr int kLargestSegmentSize = 1 << 30;
+// Files are written with 64 KiB segments. A segment costs its size in
+// memory for each buffer, so a header that claims more than this is taken
+// for damage rather than trusted.
+constexpr int kLargestSegmentSize = 1 << 24;
 
 }  // namespace
 
@@ -130,6 +133,23 @@ void rfm_EncodedSegmentTable::Flush() {
   }
   WriteHeader();
   m_Sectors.Flush();
+}
+
+bool rfm_EncodedSegmentTable::HoldsData(int index) const {
+  if (m_Sectors.HasStream(index)) return true;
+  return index >= 0 && index < static_cast<int>(m_Segments.size()) && m_Segments[static_cast<std::size_t>(index)] &&
+         m_Segments[static_cast<std::size_t>(index)]->IsDirty();
+}
+
+std::int64_t rfm_EncodedSegmentTable::StoredSize() {
+  // Streams exist only below the stream table's count, which the file's
+  // sectors bound, so a damaged segment count costs no long search.
+  int last = std::min(m_NumSegments, m_Sectors.NumStreams()) - 1;
+  while (last >= 0 && !m_Sectors.HasStream(last)) --last;
+  for (int index = static_cast<int>(m_Segments.size()) - 1; index > last; --index) {
+    if (HoldsData(index)) last = index;
+  }
+  return std::min(FileSize(), std::int64_t(last + 1) * m_SegmentSize);
 }
 
 std::int64_t rfm_EncodedSegmentTable::FileSize() {

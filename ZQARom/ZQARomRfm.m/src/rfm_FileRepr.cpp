@@ -3,6 +3,7 @@
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
 #include "rfm_FtpRecord.h"
+#include "rfm_OffsetConverter.h"
 #include "rfm_ReaderSemaphore.h"
 
 #include <cstring>
@@ -29,6 +30,10 @@ rfm_FileRepr::~rfm_FileRepr() = default;
 rfm_FileStatus::RfmFileStatus rfm_FileRepr::FileStatus() { return rfm_FileStatus::kUnchanged; }
 
 cow_String rfm_FileRepr::CheckNZDBCache() { return cow_String(); }
+
+utl_FileOffset rfm_FileRepr::LengthStored() { return rfm_OffsetConverter::kLargest; }
+
+bool rfm_FileRepr::Stores(utl_FileOffset, utl_FileOffset) { return true; }
 
 void rfm_FileRepr::FTPCheckSet(int) {}
 

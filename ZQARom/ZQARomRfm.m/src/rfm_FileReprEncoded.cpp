@@ -128,6 +128,15 @@ bool rfm_FileReprEncoded::FileExtend(utl_FileOffset delta) {
   return false;
 }
 
+bool rfm_FileReprEncoded::Stores(utl_FileOffset offset, utl_FileOffset length) {
+  if (length <= 0) return true;
+  int const last = GetSegmentIndex(offset + length - 1);
+  for (int index = GetSegmentIndex(offset); index <= last; ++index) {
+    if (!m_Table.HoldsData(index)) return false;
+  }
+  return true;
+}
+
 void rfm_FileReprEncoded::Trim() { CheckWritable(__LINE__); }
 
 void rfm_FileReprEncoded::Flush() {

@@ -261,14 +261,16 @@ rfm_FileStatus::RfmFileStatus rfm_FileReprRemote::FileStatus() {
   return status;
 }
 
-cow_String rfm_FileReprRemote::CheckNZDBCache() {
-  long long length = 0;
+utl_FileOffset rfm_FileReprRemote::LengthStored() {
   try {
-    length = GetFileLength();
+    return GetFileLength();
   } catch (utl_BinStreamException const&) {
     Disconnect(__LINE__, InterpretStderr(m_ErrorFile));
   }
-  if (length <= m_Cache->PageLimit() * kWarningBytesPerCachePage) return cow_String();
+}
+
+cow_String rfm_FileReprRemote::CheckNZDBCache() {
+  if (LengthStored() <= m_Cache->PageLimit() * kWarningBytesPerCachePage) return cow_String();
   return atr_translate(
       "The Network ZDB file being opened is over five times the size of the Network ZDB cache file. Performance "
       "may be degraded. If this is not acceptable, please relocate the temporary file directory to a location that "

@@ -3,18 +3,13 @@
 #include <cstdint>
 #include <cstring>
 
-namespace {
-// No file reaches this size; above it the conversion to an integer could overflow.
-constexpr double kLargestOffset = 4611686018427387904.0;  // 2^62
-}  // namespace
-
 utl_FileOffset rfm_OffsetConverter::Internalize(omi_Swapper swapper, char const* source) {
   std::uint64_t bits;
   std::memcpy(&bits, source, sizeof bits);
   if (swapper.Swap()) bits = omi_SwapperGuts::Swap64(bits);
   double value;
   std::memcpy(&value, &bits, sizeof value);
-  if (!(value >= 0.0 && value < kLargestOffset)) return kInvalid;
+  if (!(value >= 0.0 && value < static_cast<double>(kLargest))) return kInvalid;
   return static_cast<utl_FileOffset>(value + 0.5);
 }
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -136,7 +137,11 @@ void rfm_SectorArray::ReadStreams() {
   int offset = kHeaderSize + m_MetaSize;
   unsigned int index = 0;
   int remaining = m_NumStreams;
+  // Every sector belongs to one chain: the table's own and the streams'
+  // first sectors are all different.
+  std::vector<int> owned;
   while (remaining > 0 && !sector.IsNull()) {
+    if (sector.Number() != 0) owned.push_back(sector.Number());
     int count = std::min((sector.Size() - offset) / kCellSize, remaining);
     char cells[kSectorSize];
     if (sector.Read(cells, count * kCellSize, offset) != count * kCellSize) {
@@ -146,6 +151,7 @@ void rfm_SectorArray::ReadStreams() {
       int first = rfm_IntConverter::Internalize(rfm_FileOrder(), cells + place * kCellSize);
       if (first == 0) continue;
       if (!m_File.IsLinkable(first)) m_File.RaiseCorrupt("a stream begins at no sector");
+      owned.push_back(first);
       m_Streams.SetCell(index, static_cast<unsigned int>(first));
     }
     remaining -= count;
@@ -154,4 +160,6 @@ void rfm_SectorArray::ReadStreams() {
     offset = 0;
   }
   ZQA_ASSERT(kSourcePath, remaining == 0);
+  std::sort(owned.begin(), owned.end());
+  if (std::adjacent_find(owned.begin(), owned.end()) != owned.end()) m_File.RaiseCorrupt("two chains share a sector");
 }

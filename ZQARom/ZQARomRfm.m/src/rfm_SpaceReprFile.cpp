@@ -6,6 +6,7 @@
 #include "rfm_Block0.h"
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_Exc.h"
+#include "rfm_OffsetConverter.h"
 
 #include <algorithm>
 
@@ -33,7 +34,8 @@ rfm_SpaceReprFile::rfm_SpaceReprFile(rfm_DatabaseReprFile& database, int quantum
 rfm_SpaceReprFile::rfm_SpaceReprFile(rfm_DatabaseReprFile& database, rfm_Handle const& handle, int quantum)
     : m_Database(&database), m_Head(handle), m_Quantum(std::max(quantum, kSmallestQuantum)), m_Current(handle),
       m_FlushCountSeen(database.GetFlushCount()) {
-  if (!database.HandleOk(handle)) {
+  // A linkage that continues another object's chain heads no object.
+  if (!database.HandleOk(handle) || database.Linkage(handle).m_Continues) {
     Raise(__LINE__, "***ERROR: Database is not valid. This may indicate that the database has been corrupted.");
   }
   ComputeSize();
@@ -46,11 +48,19 @@ rfm_StringManager* rfm_SpaceReprFile::StringManager() const { return m_Database-
 void rfm_SpaceReprFile::ComputeSize() const {
   utl_FileOffset length = 0;
   utl_FileOffset allocation = 0;
+  bool filling = false;
   int steps = 0;
   for (rfm_Handle link = m_Head; !link.IsNull(); link = m_Database->Linkage(link).m_Next) {
     if (++steps > m_Database->ChainLimit()) m_Database->RaiseCorrupt(__LINE__);
-    length += m_Database->Linkage(link).m_Length;
-    allocation += m_Database->Linkage(link).m_Allocation;
+    rfm_Linkage const& extent = m_Database->Linkage(link);
+    // Writes fill extents in chain order, so after one that is not full
+    // only empty ones follow.
+    if (filling && extent.m_Length > 0) m_Database->RaiseCorrupt(__LINE__);
+    filling = filling || extent.m_Length < extent.m_Allocation;
+    length += extent.m_Length;
+    allocation += extent.m_Allocation;
+    // Each stored size is below 2^62: a sum that passes it was damaged.
+    if (allocation >= rfm_OffsetConverter::kLargest) m_Database->RaiseCorrupt(__LINE__);
   }
   m_Length = length;
   m_Allocation = allocation;
@@ -128,6 +138,7 @@ void rfm_SpaceReprFile::Extend(utl_FileOffset delta) {
     m_Database->Linkage(last).m_Next = fresh;
     last = fresh;
     extent = &m_Database->Linkage(last);
+    extent->m_Continues = true;
   }
   if (extent->m_Location < kRfmBlock0Size) extent->m_Location = StartOfNewExtent();
   m_Database->MakeDirty(last);

@@ -21,6 +21,13 @@ constexpr int kBufferSize = 1024;
 
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
+[[noreturn]] void RaiseCorrupt(int line) {
+  Raise(line, atr_translate("rfm_TableRepr::rfm_TableRepr: ZORBEX Database table format is corrupt. This may indicate a "
+                            "corrupt database, or it may indicate that the analysis code preprocessor is still writing "
+                            "the database. \n If you suspect the latter possibility, please attempt to reopen the "
+                            "database when the preprocessor is complete."));
+}
+
 }  // namespace
 
 int rfm_TableRepr::FieldSize(int type, int externalStringSize) {
@@ -56,11 +63,7 @@ rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
       m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows) {
   int header[kHeaderWords] = {};
   if (m_Buffer.Length() < kFirstRowOffset || m_Buffer.ReadIntArray(header, kHeaderWords) < kHeaderWords) {
-    Raise(__LINE__,
-          atr_translate("rfm_TableRepr::rfm_TableRepr: ZORBEX Database table format is corrupt. This may indicate a "
-                        "corrupt database, or it may indicate that the analysis code preprocessor is still writing "
-                        "the database. \n If you suspect the latter possibility, please attempt to reopen the "
-                        "database when the preprocessor is complete."));
+    RaiseCorrupt(__LINE__);
   }
   if (static_cast<std::uint32_t>(header[0]) != kRfmTableMagic) {
     Raise(__LINE__, atr_translate("rfm_TableRepr::rfm_TableRepr: Handle is not to a table object. This is not a valid "
@@ -126,7 +129,10 @@ int rfm_TableRepr::RowCountFromLength() const {
   utl_FileOffset rowBytes = m_Buffer.Length() - kFirstRowOffset;
   // A table without present fields has rows of 0 bytes and no rows.
   if (m_RowSize == 0 || rowBytes <= 0) return 0;
-  return static_cast<int>(static_cast<double>(rowBytes) / m_RowSize + 0.5);
+  double rows = static_cast<double>(rowBytes) / m_RowSize + 0.5;
+  // Rows are numbered by int: a table claiming more is damaged.
+  if (rows >= 2147483648.0) RaiseCorrupt(__LINE__);
+  return static_cast<int>(rows);
 }
 
 int rfm_TableRepr::Position(rfm_FieldHandle const& handle) const {

@@ -294,6 +294,9 @@ TEST_P(ArrayTest, OpeningWhatIsNotAnArrayOfTheTypeRaisesItsText) {
   EXPECT_EQ(corrupt, MessageOf([&] { database.ArrayInt(PlainSpace(database, {kMagic, 0, 2, 1}), -1, 0); }));
   EXPECT_EQ(corrupt, MessageOf([&] { database.ArrayInt(PlainSpace(database, {kMagic, 0, 1, 0}), -1, 0); }));
   EXPECT_EQ(corrupt, MessageOf([&] { database.ArrayInt(PlainSpace(database, {kMagic, 0, 4, 0x7fffffff}), -1, 0); }));
+  // An element type that no array has answers none, not an rfm_Type that
+  // does not exist.
+  EXPECT_EQ(rfm_TypeNone, database.HandleType(PlainSpace(database, {kMagic, 0, 99, 1})));
 
   DoubleArray doubles = database.ArrayDouble(1, -1, 0);
   doubles.Flush();

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -244,16 +245,42 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
     EXPECT_EQ(content.substr(0, 2048), twoSegments);
     EXPECT_EQ(corrupt, MessageOf([&] { file->Read(twoSegments.data(), 1); }));
   }
-  for (int length : {2 * kSector, -1, 3}) {
+  for (int length : {2 * kSector, -1, 3, std::numeric_limits<int>::min()}) {
     bytes = good;
     PutStoredInt(bytes, stream1, length);
     expectSegment1Fails(bytes, corrupt);
   }
-  // Damage to the header is found at open.
-  for (auto [offset, value] : {std::pair{16, 0x7fffffff}, {kStreamTable + 8, 77}, {28, 0}, {32, -1}}) {
+  // Damage to the header is found at open: among it a segment size far
+  // beyond any written, which would cost that much memory per buffer, and
+  // two streams that begin at one sector.
+  int const stream0 = StoredInt(good, kStreamTable);
+  for (auto [offset, value] : {std::pair{16, 0x7fffffff}, {kStreamTable + 8, 77}, {28, 0}, {32, -1}, {28, 1 << 25},
+                               {kStreamTable + 4, stream0}}) {
     bytes = good;
     PutStoredInt(bytes, offset, value);
     zqa_WriteFileBytes(name, bytes);
     EXPECT_EQ(0u, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); }).find(fileCorrupt)) << offset;
   }
+}
+
+// A segment that the stream table says was never written reads as zeros;
+// a database whose objects have bytes there is damaged, and opening says so.
+TEST(CompressedFileTest, ADatabaseWithBytesInASegmentNeverWrittenIsRefused) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("holes.mdb");
+  std::string const text = Pattern(12000, 7);
+  {
+    rfm_Database database = rfm_Database::Create(rfm_File(CreateWithSegments(name, 4096).release()), "APP", "", 0);
+    database.Space(-1).Write(text.data(), static_cast<int>(text.size()));
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  ASSERT_GT(StoredInt(bytes, 16), 6);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ(text, SpaceBytes(database, 4));
+  database = rfm_Database();
+
+  PutStoredInt(bytes, kStreamTable + 4 * 5, 0);
+  zqa_WriteFileBytes(name, bytes);
+  EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
+            MessageOf([&] { OpenTestDatabase(name, utl_FileAccessRead); }));
 }

@@ -215,6 +215,62 @@ TEST(DatabasePlainFileTest, OpeningRefusesEachKindOfWrongFileWithItsOwnMessage) 
             OpenError(name, ""));
 }
 
+// Linkages are read whole when a file opens; those that contradict the file
+// or each other refuse the file there, before any object is read through them.
+TEST(DatabasePlainFileTest, LinkagesThatContradictTheFileOrEachOtherAreRefused) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("chains.zdb");
+  {
+    rfm_Database database = CreateTestDatabase(name);
+    // In turns, so that space 4 continues in slot 6: 4 -> 6, and 5 alone.
+    rfm_Space first = database.Space(-1);
+    rfm_Space second = database.Space(-1);
+    first.Write("12345678", 8);
+    second.Write("abcdefgh", 8);
+    first.Write("ABCDEFGH", 8);
+    EXPECT_EQ(6, FileRepr(database).Linkage(first.Handle()).m_Next.Value());
+  }
+  std::string const good = zqa_ReadFileBytes(name);
+  std::string const corrupt = std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr();
+  auto slot = [](int handle) { return std::size_t(1024 + 28 * handle); };
+  auto openDamaged = [&](auto damage) {
+    std::string bytes = good;
+    damage(bytes);
+    zqa_WriteFileBytes(name, bytes);
+    return OpenError(name, "");
+  };
+
+  EXPECT_EQ("opened", openDamaged([](std::string&) {}));
+  // The pool claiming more bytes than the file has: no allocation of that size.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) {
+    PutStoredDouble(bytes, slot(1), 1.0e12);
+    PutStoredDouble(bytes, slot(1) + 8, 1.0e12);
+  }));
+  // Space 5 continuing in slot 6, which already continues space 4.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 6); }));
+  // Space 5 continuing in the catalogue, which heads its own chain.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 3); }));
+  // Space 5's extent moved onto space 4's bytes.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) {
+    bytes.replace(slot(5) + 16, 8, good.substr(slot(4) + 16, 8));
+  }));
+
+  // The first extent of space 4 no longer full, while the next holds bytes.
+  std::string bytes = good;
+  PutStoredDouble(bytes, slot(4) + 8, 4.0);
+  zqa_WriteFileBytes(name, bytes);
+  {
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+    EXPECT_EQ(corrupt, MessageOf([&] { database.Space(rfm_Handle(4), -1); }));
+  }
+  zqa_WriteFileBytes(name, good);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ("12345678ABCDEFGH", ReadSpace(database, rfm_Handle(4)));
+  // Slot 6 is the middle of space 4, no object of its own.
+  EXPECT_EQ("***ERROR: Database is not valid. This may indicate that the database has been corrupted.",
+            MessageOf([&] { database.Space(rfm_Handle(6), -1); }));
+}
+
 TEST_P(DatabaseTest, DescriptionCreationTimeAndStatistics) {
   zqa_TestDir dir;
   cow_String name = dir.File("about.zdb");

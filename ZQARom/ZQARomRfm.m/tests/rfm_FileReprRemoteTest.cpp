@@ -1,6 +1,8 @@
+#include "rfm_Block0.h"
 #include "rfm_FileCache.h"
 #include "rfm_FileException.h"
 #include "rfm_FileReprRemote.h"
+#include "rfm_FtpRecord.h"
 #include "rfm_TestAssertion.h"
 #include "rfm_TestSampleDatabase.h"
 #include "utl_CommandLine.h"
@@ -106,7 +108,19 @@ TEST_F(RemoteFileTest, ReadsThroughTheAssistantGiveWhatALocalOpenGives) {
   std::vector<std::string> const local = Contents(name, objects);
   EXPECT_EQ(local, Contents(UrlOf(name), objects));
 
+  // A file cut short, with its transfer record cleared so that only the
+  // objects can tell, is refused through the URL as it is locally.
   std::string const bytes = zqa_ReadFileBytes(name);
+  std::string shorter = bytes.substr(0, bytes.size() - kPageSize);
+  shorter.replace(kRfmFtpRecordOffset, kRfmFtpRecordSize, kRfmFtpRecordSize, '\0');
+  cow_String cut = dir.File("cut.zdb");
+  zqa_WriteFileBytes(cut, shorter);
+  std::string const refused = MessageOf([&] { OpenTestDatabase(cut, utl_FileAccessRead); });
+  EXPECT_NE(std::string::npos, refused.find("is corrupt")) << refused;
+  EXPECT_EQ(std::string::npos, refused.find("FTP")) << refused;
+  std::string const corrupt = refused.substr(0, refused.find(cut.CStr())) + UrlOf(cut).CStr();
+  EXPECT_EQ(corrupt, MessageOf([&] { OpenTestDatabase(UrlOf(cut), utl_FileAccessRead); }));
+
   rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
   EXPECT_EQ(1, RemoteOf(remote).Version());
   EXPECT_EQ(static_cast<long long>(bytes.size()), remote->Length());
@@ -121,12 +135,12 @@ TEST_F(RemoteFileTest, ReadsThroughTheAssistantGiveWhatALocalOpenGives) {
   EXPECT_EQ("", Bytes(remote, static_cast<long long>(bytes.size()) + 5 * kPageSize, 10));
   EXPECT_EQ("", remote->CheckNZDBCache());
 
-  std::string const refused = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + UrlOf(name).CStr();
+  std::string const readOnly = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + UrlOf(name).CStr();
   EXPECT_TRUE(remote->ReadOnly());
-  EXPECT_EQ(refused, MessageOf([&] { remote->Write("x", 1); }));
-  EXPECT_EQ(refused, MessageOf([&] { remote->FileExtend(1); }));
-  EXPECT_EQ(refused, MessageOf([&] { remote->Trim(); }));
-  EXPECT_EQ(refused, MessageOf([&] { remote->FTPCheckSet(500); }));
+  EXPECT_EQ(readOnly, MessageOf([&] { remote->Write("x", 1); }));
+  EXPECT_EQ(readOnly, MessageOf([&] { remote->FileExtend(1); }));
+  EXPECT_EQ(readOnly, MessageOf([&] { remote->Trim(); }));
+  EXPECT_EQ(readOnly, MessageOf([&] { remote->FTPCheckSet(500); }));
   EXPECT_EQ("rfm_FileReprRemote::Read: Invalid length when reading file.",
             MessageOf([&] { remote->Read(nullptr, -1); }));
 }
