@@ -1,10 +1,13 @@
 #include "rfm_Block0.h"
+#include "rfm_DatabaseWalk.h"
 #include "rfm_FileCache.h"
 #include "rfm_FileException.h"
 #include "rfm_FileReprRemote.h"
 #include "rfm_FtpRecord.h"
+#include "rfm_SampleDatabase.h"
+#include "rfm_Table.h"
 #include "rfm_TestAssertion.h"
-#include "rfm_TestSampleDatabase.h"
+#include "rfm_TestDatabase.h"
 #include "utl_CommandLine.h"
 #include "zqa_TestDir.h"
 
@@ -22,8 +25,6 @@
 #include <vector>
 
 namespace {
-
-using namespace rfm_Sample;
 
 // Pages of 4 KiB, so that small databases span many of them.
 constexpr int kPageSize = 4096;
@@ -104,9 +105,9 @@ std::string Bytes(rfm_File const& file, long long at, int count) {
 TEST_F(RemoteFileTest, ReadsThroughTheAssistantGiveWhatALocalOpenGives) {
   zqa_TestDir dir;
   cow_String name = dir.File("job.zdb");
-  Objects const objects = WriteDatabase(name);
-  std::vector<std::string> const local = Contents(name, objects);
-  EXPECT_EQ(local, Contents(UrlOf(name), objects));
+  rfm_SampleDatabase::Write(rfm_File::Open(name, utl_FileAccessCreate, false));
+  std::string const local = rfm_DatabaseWalk::Walk(name);
+  EXPECT_EQ(local, rfm_DatabaseWalk::Walk(UrlOf(name)));
 
   // A file cut short, with its transfer record cleared so that only the
   // objects can tell, is refused through the URL as it is locally.
@@ -259,7 +260,7 @@ TEST_F(RemoteFileTest, AnAssistantThatFailsToOpenIsQuotedAndCollected) {
 TEST_F(RemoteFileTest, AnAssistantThatDiesLaterLosesTheConnectionAndIsCollected) {
   zqa_TestDir dir;
   cow_String name = dir.File("job.zdb");
-  WriteDatabase(name);
+  rfm_SampleDatabase::Write(rfm_File::Open(name, utl_FileAccessCreate, false));
   {
     rfm_File remote = rfm_File::Open(UrlOf(name), utl_FileAccessRead, false);
     char byte;
