@@ -86,13 +86,15 @@ bool zdb_CheckLinkage::ReadGroup(int index, utl_FileOffset offset, Group& group)
     char const* linkage = bytes.data() + place * kLinkageSize;
     Slot& slot = group.m_Slots[static_cast<std::size_t>(place)];
     static char const* const kNames[] = {"allocation", "length", "location"};
+    static int const kPlaces[] = {rfm_DatabaseReprFile::kLinkageAllocation, rfm_DatabaseReprFile::kLinkageLength,
+                                  rfm_DatabaseReprFile::kLinkageLocation};
     utl_FileOffset* const values[] = {&slot.m_Allocation, &slot.m_Length, &slot.m_Location};
     for (int field = 0; field < 3 && slot.m_Valid; ++field) {
-      if (zdb_StoredOffset(linkage + 8 * field, *values[field])) continue;
+      if (zdb_StoredOffset(linkage + kPlaces[field], *values[field])) continue;
       slot.m_Valid = false;
-      slot.m_Invalid = std::string(kNames[field]) + " (" + zdb_StoredDoubleText(linkage + 8 * field) + ")";
+      slot.m_Invalid = std::string(kNames[field]) + " (" + zdb_StoredDoubleText(linkage + kPlaces[field]) + ")";
     }
-    slot.m_Next = rfm_Handle(zdb_Word(linkage + 24));
+    slot.m_Next = rfm_Handle(zdb_Word(linkage + rfm_DatabaseReprFile::kLinkageNext));
     // As the library counts: the first slot without a location ends the used ones.
     if (place > 0 && slot.m_Valid && slot.m_Location == 0 && group.m_Used == kSlots) group.m_Used = place;
   }

@@ -37,6 +37,10 @@ public:
   //
   // Slot 0's location is the next group's offset (0 in the last group) and
   // its next is that group's index shifted left by 9.
+  static constexpr int kLinkageAllocation = 0;
+  static constexpr int kLinkageLength = 8;
+  static constexpr int kLinkageLocation = 16;
+  static constexpr int kLinkageNext = 24;
   static constexpr int kLinkageSize = 28;
   static constexpr int kGroupSize = rfm_DatabaseGroup::kSlots * kLinkageSize;
 

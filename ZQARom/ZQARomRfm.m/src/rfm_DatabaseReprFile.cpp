@@ -20,12 +20,6 @@ namespace {
 
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
 
-// Where the fields of a linkage lie in its 28 bytes: allocation and length,
-// location, next.
-constexpr int kLinkageSizes = 0;
-constexpr int kLinkageLocation = 16;
-constexpr int kLinkageNext = 24;
-
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
 // The application magic as stored: at most its first four characters.
@@ -329,10 +323,10 @@ void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& g
   char const* bytes = m_Scratch.get();
   for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kLinkageSize) {
     rfm_Linkage& link = group.m_Linkages[slot];
-    link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes);
-    link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + 8);
-    link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + 16);
-    link.m_Next = rfm_HandleConverter::Internalize(order, bytes + 24);
+    link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes + kLinkageAllocation);
+    link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLength);
+    link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLocation);
+    link.m_Next = rfm_HandleConverter::Internalize(order, bytes + kLinkageNext);
     link.m_Continues = false;
     link.m_Head = false;
     if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
@@ -445,8 +439,8 @@ void rfm_DatabaseReprFile::DumpGroupList() {
       if (changed(kLinkageLocation, kLinkageNext)) {
         pieces.push_back({kLocations, index, at + kLinkageLocation, at + kLinkageNext});
       }
-      if (changed(kLinkageSizes, kLinkageLocation)) {
-        pieces.push_back({sizesRank(owner), index, at + kLinkageSizes, at + kLinkageLocation});
+      if (changed(kLinkageAllocation, kLinkageLocation)) {
+        pieces.push_back({sizesRank(owner), index, at + kLinkageAllocation, at + kLinkageLocation});
       }
       if (changed(kLinkageNext, kLinkageSize)) {
         pieces.push_back({sizesRank(owner) + 1, index, at + kLinkageNext, at + kLinkageSize});
@@ -475,8 +469,8 @@ int rfm_DatabaseReprFile::ReferencedObject(rfm_Handle link) const {
 
 void rfm_DatabaseReprFile::EncodeLinkage(rfm_Linkage const& link, char* bytes) {
   omi_Swapper order = rfm_FileOrder();
-  rfm_OffsetConverter::Externalize(order, bytes + kLinkageSizes, link.m_Allocation);
-  rfm_OffsetConverter::Externalize(order, bytes + kLinkageSizes + 8, link.m_Length);
+  rfm_OffsetConverter::Externalize(order, bytes + kLinkageAllocation, link.m_Allocation);
+  rfm_OffsetConverter::Externalize(order, bytes + kLinkageLength, link.m_Length);
   rfm_OffsetConverter::Externalize(order, bytes + kLinkageLocation, link.m_Location);
   // The next field is 4 bytes here, not a stored handle's 8.
   char handle[rfm_HandleConverter::ExternalSize()];

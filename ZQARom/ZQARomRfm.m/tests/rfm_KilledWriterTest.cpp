@@ -1,4 +1,5 @@
 #include "atr_SubstituteFormat.h"
+#include "rfm_Block0.h"
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_DyingFile.h"
 #include "rfm_FileReprLocal.h"
@@ -305,7 +306,8 @@ namespace {
 // Group 0 lies 1024 bytes past a page boundary, and the next boundary cuts
 // the location of the linkage in this slot in half.
 constexpr int kCutSlot = 109;
-constexpr utl_FileOffset kCutLocation = 1024 + 28 * kCutSlot + 16;
+constexpr utl_FileOffset kCutLocation =
+    kRfmBlock0Size + rfm_DatabaseReprFile::kLinkageSize * kCutSlot + rfm_DatabaseReprFile::kLinkageLocation;
 constexpr utl_FileOffset kCutBoundary = 4096;
 std::string const kCutSlotBytes = "the bytes of the space whose linkage a page boundary cuts";
 
