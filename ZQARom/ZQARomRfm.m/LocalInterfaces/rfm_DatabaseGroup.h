@@ -13,7 +13,6 @@ struct rfm_Linkage {
   utl_FileOffset m_Location = 0;    // file offset of the extent; 0: slot free, below 1024: no extent yet
   rfm_Handle m_Next;                // the linkage that continues the object, null at the end
   bool m_Continues = false;         // another linkage's next: it heads no object
-  bool m_Head = false;              // scratch mark of the location report
 };
 
 // A linkage group as it is held in memory: 512 linkages, of which slot 0

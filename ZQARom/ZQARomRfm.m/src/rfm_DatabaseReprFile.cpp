@@ -328,7 +328,6 @@ void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& g
     link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLocation);
     link.m_Next = rfm_HandleConverter::Internalize(order, bytes + kLinkageNext);
     link.m_Continues = false;
-    link.m_Head = false;
     if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
       RaiseCorrupt(__LINE__);
     }
@@ -550,23 +549,13 @@ cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
 }
 
 std::vector<rfm_Handle> rfm_DatabaseReprFile::ObjectHandles() const {
-  for (auto const& group : m_Groups) {
-    for (int slot = 0; slot < group->m_Used; ++slot) {
-      group->m_Linkages[slot].m_Head = slot > 0 && group->m_Linkages[slot].m_Location != 0;
-    }
-  }
-  for (auto const& group : m_Groups) {
-    for (int slot = 1; slot < group->m_Used; ++slot) {
-      rfm_Linkage const& link = group->m_Linkages[slot];
-      if (link.m_Location == 0 || link.m_Next.IsNull() || !HandleOk(link.m_Next)) continue;
-      m_Groups[link.m_Next.Group()]->m_Linkages[link.m_Next.Slot()].m_Head = false;
-    }
-  }
+  // Heads are the used slots with a location that no other slot continues.
   std::vector<rfm_Handle> heads;
   for (std::size_t index = 0; index < m_Groups.size(); ++index) {
     rfm_DatabaseGroup const& group = *m_Groups[index];
     for (int slot = 1; slot < group.m_Used; ++slot) {
-      if (group.m_Linkages[slot].m_Head) heads.push_back(rfm_Handle::Make(static_cast<int>(index), slot));
+      rfm_Linkage const& link = group.m_Linkages[slot];
+      if (link.m_Location != 0 && !link.m_Continues) heads.push_back(rfm_Handle::Make(static_cast<int>(index), slot));
     }
   }
   return heads;
