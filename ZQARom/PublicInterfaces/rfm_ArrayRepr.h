@@ -37,9 +37,10 @@ public:
   rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Type type, int fieldsPerRow, int quantum, int bufferSize);
   ~rfm_ArrayRepr();
   rfm_ArrayRepr(rfm_ArrayRepr const&) = delete;
+  rfm_ArrayRepr& operator=(rfm_ArrayRepr const&) = delete;
+
   // Whether an array can hold elements of type: int, float, double or string.
   static bool IsElementType(int type);
-  rfm_ArrayRepr& operator=(rfm_ArrayRepr const&) = delete;
 
   // rowCount rows from the current row on. Read answers the elements read
   // (not rows); Write answers rowCount.

@@ -115,7 +115,7 @@ rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
     Raise(__LINE__,
           "rfm_ArrayRepr::rfm_ArrayRepr: Handle is not to an Array object in ZDB/ZAE file.  File may be unusable.");
   }
-  if (!rfm_ArrayRepr::IsElementType(header[2]) || header[3] < 1 || header[3] > kMaxFieldsPerRow) RaiseCorrupt(__LINE__);
+  if (!IsElementType(header[2]) || header[3] < 1 || header[3] > kMaxFieldsPerRow) RaiseCorrupt(__LINE__);
   m_ChangeCount = header[1];
   m_Type = static_cast<rfm_Type>(header[2]);
   m_FieldsPerRow = header[3];
