@@ -6,10 +6,10 @@
 #include "rfm_Block0.h"
 #include "rfm_Database.h"
 #include "rfm_File.h"
-#include "rfm_FileReprEncoded.h"
 #include "rfm_FtpRecord.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
+#include "zdb_Database.h"
 #include "zdb_Failure.h"
 #include "zdb_Progress.h"
 
@@ -22,8 +22,6 @@
 namespace {
 
 constexpr int kBlockSize = 1 << 20;
-
-bool IsCompressed(rfm_File const& file) { return dynamic_cast<rfm_FileReprEncoded*>(file.Repr()) != nullptr; }
 
 long long SizeOnDisk(std::string const& name) {
   struct stat status;
@@ -90,13 +88,10 @@ int Copy(std::vector<std::string> const& words, bool compress) {
   zdb_Arguments arguments(words, {}, 2);
   std::string const& inName = arguments.Positional(0);
   std::string const& outName = arguments.Positional(1);
-  rfm_File in = zdb_OnFile(inName, [&] {
-    rfm_File file = rfm_File::Open(inName.c_str(), utl_FileAccessRead, false);
-    // Only a database is copied: one that does not open is not worth a copy.
-    rfm_Database::Open(rfm_File::Open(inName.c_str(), utl_FileAccessRead, false), cow_String());
-    return file;
-  });
-  if (IsCompressed(in) == compress) {
+  // Only a database is copied: one that does not open is not worth a copy.
+  zdb_Database const database(inName);
+  rfm_File const& in = database.File();
+  if (database.Compressed() == compress) {
     throw zdb_Failure(inName + (compress ? ": is compressed already" : ": is not compressed"));
   }
   if (ZQABasUtlFilePath(outName.c_str(), cow_String()).Exists()) {
