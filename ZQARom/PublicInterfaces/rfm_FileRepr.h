@@ -27,6 +27,10 @@ public:
   // Only a compressed file, whose segments never written store nothing,
   // can answer false.
   virtual bool Stores(utl_FileOffset offset, utl_FileOffset length);
+  // Drops what this file keeps of a range in memory, so that the next read
+  // of it sees the bytes stored now. Only a remote file, whose pages stay
+  // in a cache until its assistant names them stale, keeps anything.
+  virtual void ForgetCached(utl_FileOffset offset, utl_FileOffset length);
   // Grows the logical length by delta; answers whether the real file grew.
   virtual bool FileExtend(utl_FileOffset delta) = 0;
   // Gives the real file back its unused tail.

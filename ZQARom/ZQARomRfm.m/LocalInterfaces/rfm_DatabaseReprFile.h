@@ -8,6 +8,7 @@
 #include "rfm_StringManagerFile.h"
 
 #include <memory>
+#include <string>
 #include <vector>
 
 // A database in a file: block 0, the chain of linkage groups that lists
@@ -103,7 +104,20 @@ private:
 
   void CreateGroup();
   GroupList LoadGroupList();
-  void LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group, utl_FileOffset stored);
+  // Appends the bytes of every group along the chain, read afresh past any
+  // cache when asked; raises the corrupt-file error where the chain leaves
+  // the file or turns back, with the bytes read until then appended.
+  // Answers the stored length that bounded the walk.
+  utl_FileOffset ReadGroupChain(std::string& bytes, bool afresh);
+  // The groups whose bytes ReadGroupChain read, checked.
+  GroupList DecodeGroupList(std::string const& bytes, utl_FileOffset stored) const;
+  void DecodeGroup(char const* bytes, utl_FileOffset offset, rfm_DatabaseGroup& group) const;
+  // The group list as a reader beside a writer must read it: see the
+  // reader's rule above Snap. Answers false when the groups changed under
+  // every one of readings; raises when two readings find the same damaged
+  // bytes.
+  bool LoadSteadyGroupList(GroupList& groups, int readings);
+  int ReadFlushCount();
   // Checks the slots in use against the bytes the file stores and against
   // each other: chains join nowhere, and no two extents, groups or block 0
   // share a byte. Marks the linkages that continue a chain.
@@ -123,7 +137,7 @@ private:
   rfm_File m_File;
   mutable rfm_StringManagerFile m_StringManager;
   GroupList m_Groups;
-  std::unique_ptr<char[]> m_Scratch;  // one group's bytes, for all group I/O
+  std::unique_ptr<char[]> m_Scratch;  // one group's bytes, for writing groups
   int m_FlushCount = 0;
   // The last linkages of the string pool and of the catalogue as the file
   // holds them: the only linkages of theirs, besides new ones, that a flush

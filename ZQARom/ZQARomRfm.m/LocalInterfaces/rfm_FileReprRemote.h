@@ -43,6 +43,8 @@ public:
 
   // The file's length as the assistant sees it now.
   utl_FileOffset LengthStored() override;
+  // Frees the cached pages that hold any byte of the range.
+  void ForgetCached(utl_FileOffset offset, utl_FileOffset length) override;
   bool FileExtend(utl_FileOffset delta) override;
   void Trim() override;
   // Asks the assistant; stale pages it names are dropped on the way. A

@@ -6,6 +6,7 @@
 #include "rfm_ArrayRepr.h"
 #include "rfm_Block0.h"
 #include "rfm_DBMetadata.h"
+#include "rfm_FileException.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_OffsetConverter.h"
@@ -21,6 +22,11 @@ namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
 
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
+
+// How often a reader reads the groups for one Snap, and for an Open, before
+// it takes them to be moving under a writer's flush.
+constexpr int kSnapReadings = 4;
+constexpr int kOpenReadings = 64;
 
 // The application magic as stored: at most its first four characters.
 cow_String ApplicationMagic(cow_String const& magic) { return magic.Substr(0, kRfmApplicationMagicSize); }
@@ -190,7 +196,11 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
   file.FTPCheckCheck(kRfmFtpRecordOffset);
 
   m_Scratch.reset(new char[kGroupSize]);
-  m_Groups = LoadGroupList();
+  if (!ReadOnly()) {
+    m_Groups = LoadGroupList();
+  } else if (!LoadSteadyGroupList(m_Groups, kOpenReadings)) {
+    RaiseCorrupt(__LINE__);
+  }
   m_StringManager.Open(OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
                                          "***ERROR: String space object is not where it belongs."));
   m_Metadata = new rfm_DBMetadata(OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
@@ -258,19 +268,62 @@ void rfm_DatabaseReprFile::Flush() {
   File().Flush();
 }
 
+// A reader shares the file with a writer that may flush at any moment, and
+// nothing tells it that a flush is under way: the flush count is written
+// last. A flush writes its pieces in an order in which the groups describe a
+// prefix of every object at every moment (see DumpGroupList), but a reader
+// reads the groups over a stretch of time, so what it reads can join pieces
+// from before and after some of the writer's writes and then hold nothing
+// together, or hold together and still point at strings the pool does not
+// admit yet. So a reader reads the groups twice, the second time past any
+// cache. Two readings that find the same bytes saw the file hold still
+// between them: the first reading is a true picture of one moment, of one
+// flush or of a prefix of the next, and taken whole it is consistent. When
+// the bytes differ the file is moving and the reader reads again, a few
+// times; Snap then keeps the old view and answers false, and the next call
+// tries again. Only damage found in two equal readings is raised.
 bool rfm_DatabaseReprFile::Snap() {
   if (!ReadOnly()) return false;
   if (File().ReaderSemaphore()) return false;
-  File().Seek(kRfmFlushCountOffset);
-  int flushCount = File().ReadInt();
+  int flushCount = ReadFlushCount();
   if (flushCount == m_FlushCount) return false;
-  // The groups are read before the count is taken as seen: a failed reload
-  // leaves the old view, and the next Snap tries again.
+  GroupList groups;
+  if (!LoadSteadyGroupList(groups, kSnapReadings)) return false;
+  // The picture is of the flush counted or later: a later flush's count is
+  // news to the next Snap, which reads again.
   utl_FileOffset metadataLength = m_Metadata->Length();
-  m_Groups = LoadGroupList();
+  m_Groups = std::move(groups);
   m_FlushCount = flushCount;
   if (m_Metadata->Length() != metadataLength) m_Metadata->Load();
   return true;
+}
+
+int rfm_DatabaseReprFile::ReadFlushCount() {
+  File().Seek(kRfmFlushCountOffset);
+  return File().ReadInt();
+}
+
+bool rfm_DatabaseReprFile::LoadSteadyGroupList(GroupList& groups, int readings) {
+  std::string previous;
+  for (int reading = 0; reading < readings; ++reading) {
+    std::string bytes;
+    utl_FileOffset stored = 0;
+    std::exception_ptr damage;
+    try {
+      stored = ReadGroupChain(bytes, true);
+    } catch (rfm_FileException const&) {
+      throw;
+    } catch (nex_PrimException<atr_String, 1> const&) {
+      damage = std::current_exception();
+    }
+    if (reading > 0 && bytes == previous) {
+      if (damage) std::rethrow_exception(damage);
+      groups = DecodeGroupList(bytes, stored);
+      return true;
+    }
+    previous.swap(bytes);
+  }
+  return false;
 }
 
 void rfm_DatabaseReprFile::Extend(utl_FileOffset delta) {
@@ -291,36 +344,56 @@ void rfm_DatabaseReprFile::CreateGroup() {
 }
 
 rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::LoadGroupList() {
+  std::string bytes;
+  utl_FileOffset stored = ReadGroupChain(bytes, false);
+  return DecodeGroupList(bytes, stored);
+}
+
+utl_FileOffset rfm_DatabaseReprFile::ReadGroupChain(std::string& bytes, bool afresh) {
   utl_FileOffset const stored = File().LengthStored();
-  GroupList groups;
+  omi_Swapper order = rfm_FileOrder();
   utl_FileOffset offset = kRfmBlock0Size;
   while (offset != 0) {
-    std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
-    LoadGroup(offset, *group, stored);
-    utl_FileOffset next = group->m_Linkages[0].m_Location;
+    // Checked before the seek: a compressed file would make room in memory
+    // for any offset within its claimed size. Only the group's start is
+    // bound: a flush need not write the free slots at its end, which read as
+    // zeros all the same.
+    if (offset >= stored) RaiseCorrupt(__LINE__);
+    if (afresh) File().ForgetCached(offset, kGroupSize);
+    std::size_t at = bytes.size();
+    bytes.resize(at + kGroupSize);
+    File().Seek(offset);
+    int got = File().Read(&bytes[at], kGroupSize);
+    bytes.resize(at + static_cast<std::size_t>(std::max(got, 0)));
+    if (got != kGroupSize) RaiseCorrupt(__LINE__);
+    utl_FileOffset next = rfm_OffsetConverter::Internalize(order, &bytes[at] + kLinkageLocation);
     // Groups only ever go to the end of the file: a next group that is not
     // further on would make the chain a loop.
     if (next != 0 && next <= offset) RaiseCorrupt(__LINE__);
     offset = next;
+  }
+  return stored;
+}
+
+rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::DecodeGroupList(std::string const& bytes,
+                                                                      utl_FileOffset stored) const {
+  GroupList groups;
+  utl_FileOffset offset = kRfmBlock0Size;
+  for (std::size_t at = 0; at < bytes.size(); at += kGroupSize) {
+    std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
+    DecodeGroup(bytes.data() + at, offset, *group);
+    offset = group->m_Linkages[0].m_Location;
     groups.push_back(std::move(group));
   }
   CheckLinkages(groups, stored);
   return groups;
 }
 
-void rfm_DatabaseReprFile::LoadGroup(utl_FileOffset offset, rfm_DatabaseGroup& group, utl_FileOffset stored) {
-  // Checked before the seek: a compressed file would make room in memory
-  // for any offset within its claimed size. Only the group's start is
-  // bound: a flush need not write the free slots at its end, which read as
-  // zeros all the same.
-  if (offset >= stored) RaiseCorrupt(__LINE__);
-  File().Seek(offset);
-  if (File().Read(m_Scratch.get(), kGroupSize) != kGroupSize) RaiseCorrupt(__LINE__);
+void rfm_DatabaseReprFile::DecodeGroup(char const* bytes, utl_FileOffset offset, rfm_DatabaseGroup& group) const {
   omi_Swapper order = rfm_FileOrder();
   group.m_Offset = offset;
   group.m_Dirty = false;
   group.m_Used = rfm_DatabaseGroup::kSlots;
-  char const* bytes = m_Scratch.get();
   for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kLinkageSize) {
     rfm_Linkage& link = group.m_Linkages[slot];
     link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes + kLinkageAllocation);

@@ -35,6 +35,8 @@ utl_FileOffset rfm_FileRepr::LengthStored() { return rfm_OffsetConverter::kLarge
 
 bool rfm_FileRepr::Stores(utl_FileOffset, utl_FileOffset) { return true; }
 
+void rfm_FileRepr::ForgetCached(utl_FileOffset, utl_FileOffset) {}
+
 void rfm_FileRepr::FTPCheckSet(int) {}
 
 void rfm_FileRepr::FTPCheckCheck(int) {}

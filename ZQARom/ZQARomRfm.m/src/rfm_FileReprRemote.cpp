@@ -261,6 +261,13 @@ rfm_FileStatus::RfmFileStatus rfm_FileReprRemote::FileStatus() {
   return status;
 }
 
+void rfm_FileReprRemote::ForgetCached(utl_FileOffset offset, utl_FileOffset length) {
+  long long const pageSize = m_Cache->PageSize();
+  for (long long key = offset / pageSize * pageSize; key < offset + length; key += pageSize) {
+    m_Cache->FreePage(key, &m_Pages);
+  }
+}
+
 utl_FileOffset rfm_FileReprRemote::LengthStored() {
   try {
     return GetFileLength();

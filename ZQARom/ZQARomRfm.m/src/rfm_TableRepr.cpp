@@ -325,11 +325,14 @@ int rfm_TableRepr::Snap() {
   m_Buffer.LocalFlush();
   m_Buffer.Seek(kFlushCountOffset);
   int flushCount = m_Buffer.ReadInt();
-  if (flushCount == m_TableFlushCount) return 0;
+  // The table's own count is written before the linkages that admit its
+  // rows, so a reader can meet it a database flush ahead of them: the rows
+  // follow the view even when the count has not moved.
+  int rows = std::max(m_RowCount, RowCountFromLength());
+  if (flushCount == m_TableFlushCount && rows == m_RowCount) return 0;
   m_TableFlushCount = flushCount;
   FlushOrCull(true);
-  m_RowCount = std::max(m_RowCount, RowCountFromLength());
-  m_RowsOnDisk = m_RowCount;
+  m_RowCount = m_RowsOnDisk = rows;
   return m_TableFlushCount;
 }
 
