@@ -7,7 +7,7 @@ set(ZQA_INSTALL_INCLUDEDIR ${CMAKE_INSTALL_INCLUDEDIR}/ZQARomCore)
 set(ZQA_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZQARomCore)
 
 file(GLOB zqa_public_headers
-  ${PROJECT_SOURCE_DIR}/ZQABas/PublicInterfaces/*.h
+  ${PROJECT_SOURCE_DIR}/ZQABas/*.m/PublicInterfaces/*.h
   ${PROJECT_SOURCE_DIR}/containers/*.h
   ${PROJECT_SOURCE_DIR}/ZQARom/PublicInterfaces/*.h)
 install(FILES ${zqa_public_headers} DESTINATION ${ZQA_INSTALL_INCLUDEDIR})
