@@ -5,7 +5,8 @@
 #include "rfm_TaggedStreamRepr.h"
 
 // A tagged stream by value: copies share one representation, and with it
-// one position and one current item. The database must outlive the stream.
+// one position and one current item. The stream holds a share of its
+// database, which stays open while the stream lives (see rfm_Database).
 class ZQA_EXPORT rfm_TaggedStream {
 public:
   rfm_TaggedStream() = default;
