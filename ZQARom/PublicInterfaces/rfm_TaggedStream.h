@@ -24,6 +24,11 @@ public:
   // Reads the next item; false at the end. The Get operations answer the
   // item read, and 0 or empty for the values of the other types.
   bool Next() const { return Repr().Next(); }
+  // Goes back before the first item, so that Next reads the stream again
+  // from its start: a reader after Snap sees the items added since, and a
+  // writer sees what it wrote. Items are written where the stream stands,
+  // so a writer reads to the end before it writes again.
+  void Rewind() const { Repr().Rewind(); }
   int GetType() const { return Repr().GetType(); }
   int GetID() const { return Repr().GetID(); }
   int GetInt() const { return Repr().GetInt(); }

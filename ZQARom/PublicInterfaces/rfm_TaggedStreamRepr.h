@@ -56,6 +56,10 @@ public:
 
   // Reads the next item and makes it the current one; false at the end.
   bool Next();
+  // Goes back before the first item: the next Next reads it. Items are
+  // written where the stream stands, so a writer that rewinds reads to the
+  // end before it writes again, or its items replace those there.
+  void Rewind();
   int GetType() const { return m_CurrentType; }
   int GetID() const { return m_CurrentId; }
   int GetInt() const { return m_IntValue; }

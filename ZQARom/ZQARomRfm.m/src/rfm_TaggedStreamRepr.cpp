@@ -166,6 +166,8 @@ bool rfm_TaggedStreamRepr::Next() {
   return true;
 }
 
+void rfm_TaggedStreamRepr::Rewind() { m_Buffer.Seek(kHeaderSize); }
+
 int rfm_TaggedStreamRepr::Flush() { return rfm_FlushChangeCount(m_Buffer, m_ChangeCount); }
 
 int rfm_TaggedStreamRepr::Snap() {
