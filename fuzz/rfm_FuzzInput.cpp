@@ -3,6 +3,7 @@
 #include "ZQABasException.h"
 #include "rfm_Database.h"
 #include "rfm_SampleDatabase.h"
+#include "rfm_Space.h"
 #include "rfm_TaggedStream.h"
 
 #include <cstdio>

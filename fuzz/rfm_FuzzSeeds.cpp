@@ -9,6 +9,7 @@
 #include "rfm_FileReprEncoded.h"
 #include "rfm_FuzzInput.h"
 #include "rfm_SampleDatabase.h"
+#include "rfm_Space.h"
 #include "rfm_Table.h"
 
 #include <cstdio>

@@ -9,7 +9,8 @@
 // share one representation, and with it one position. Instantiated for (int,
 // rfm_TypeInt), (float, rfm_TypeFloat), (double, rfm_TypeDouble) and
 // (cow_String, rfm_TypeString); the database's factories make them. The
-// database must outlive the array.
+// array holds a share of its database, which stays open while the array
+// lives (see rfm_Database).
 template <class T, rfm_Type ElementType>
 class rfm_Array {
 public:

@@ -3,14 +3,13 @@
 
 #include "cow_List.h"
 #include "cow_String.h"
+#include "rfm_Database.h"
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_Type.h"
 
 #include <memory>
-
-class rfm_DatabaseRepr;
 
 // An array: a space holding a header and then rows of one element type (int,
 // float, double or pooled string), each row the same number of elements.
@@ -22,6 +21,7 @@ class rfm_DatabaseRepr;
 //   between 1 and kMaxFieldsPerRow, whether the array was made here or read
 //   from a file: a row's size in bytes always fits an int and is never 0.
 // - The space outlives the buffer on it, which flushes into it on the way out.
+// - The array holds a share of its database, which outlives space and buffer.
 // - The change count on disk moves only at Flush of a writer; a reader's
 //   copy of it moves only at Snap.
 class ZQA_EXPORT rfm_ArrayRepr : public mem_AllocationOperators {
@@ -32,9 +32,9 @@ public:
 
   // The existing array at handle; raises the texts of a damaged object or
   // of a handle to something else.
-  rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int bufferSize);
+  rfm_ArrayRepr(rfm_Database const& database, rfm_Handle const& handle, int quantum, int bufferSize);
   // A new array of rows of fieldsPerRow elements of type.
-  rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Type type, int fieldsPerRow, int quantum, int bufferSize);
+  rfm_ArrayRepr(rfm_Database const& database, rfm_Type type, int fieldsPerRow, int quantum, int bufferSize);
   ~rfm_ArrayRepr();
   rfm_ArrayRepr(rfm_ArrayRepr const&) = delete;
   rfm_ArrayRepr& operator=(rfm_ArrayRepr const&) = delete;
@@ -89,7 +89,9 @@ private:
   int WriteRows(T const* data, int rowCount);
   int RowsAt(utl_FileOffset offset) const;
 
-  rfm_DatabaseRepr* m_Database;
+  // Declared first, so that it goes last: the database closes after the
+  // buffer has written into it.
+  rfm_Database m_Database;
   std::unique_ptr<rfm_SpaceRepr> m_Space;
   rfm_IOBuffer m_Buffer;
   rfm_Type m_Type = rfm_TypeNone;

@@ -7,7 +7,8 @@
 
 // A space with a buffer in front of it, of the default size unless a
 // caller streaming bulk data asks for more. Copies share both; the buffer
-// goes before the space, so what waits in it is written.
+// goes before the space, so what waits in it is written. Through its space
+// it holds a share of the database (see rfm_Database).
 class ZQA_EXPORT rfm_BufferedSpace {
 public:
   explicit rfm_BufferedSpace(rfm_Space const& space, int bufferSize = 0)

@@ -4,17 +4,25 @@
 #include "cow_CountedHld.h"
 #include "rfm_DatabaseRepr.h"
 #include "rfm_File.h"
-#include "rfm_Space.h"
 
+class rfm_Space;
 class rfm_Table;
 class rfm_TaggedStream;
 template <class T, rfm_Type Type>
 class rfm_Array;
 
-// A database by value: copies share one representation, which the last
-// copy closes. A database is one file holding any number of objects, each
-// named by a handle; a writer's changes reach the file at Flush, and a
-// reader sees them after its own Snap.
+// A database by value: copies share one representation. A database is one
+// file holding any number of objects, each named by a handle; a writer's
+// changes reach the file at Flush, and a reader sees them after its own Snap.
+//
+// Lifetime: every object taken from a database holds a share of it, as a
+// copy of this handle does: a space (and a buffered space built on one), a
+// table (and each row held from it, which holds the table), an array, a
+// tagged stream. The database therefore closes, flushing everything, when
+// the last handle of any kind goes, in whatever order they go: an object
+// kept after the last rfm_Database handle stays usable, and what it holds
+// unflushed reaches the file when it goes. The objects close first, each
+// writing into the database; its string pool and catalogue follow.
 class ZQA_EXPORT rfm_Database {
 public:
   rfm_Database() = default;
@@ -33,10 +41,12 @@ public:
   // The creation time stored in file; 0 for files older than version 12.
   static long GetCreationTime(rfm_File const& file);
 
-  rfm_Space Space(int quantum) const { return rfm_Space(Repr().Space(quantum)); }
+  rfm_Space Space(int quantum) const;
 
   // Tables (cache rows below 0 mean 32), arrays and tagged streams, by handle
-  // or new; see rfm_DatabaseRepr.
+  // or new. A table is made new for a description (bound first) or for the
+  // name of a table the catalogue has bound. An array opened by handle must
+  // hold elements of the factory's type.
   rfm_Table Table(rfm_Handle handle, int quantum, int cacheRows) const;
   rfm_Table Table(rfm_TableMetadata const& definition, int quantum, int cacheRows) const;
   rfm_Table Table(cow_String const& name, int quantum, int cacheRows) const;
@@ -50,7 +60,7 @@ public:
   rfm_Array<cow_String, rfm_TypeString> ArrayString(int fieldsPerRow, int quantum, int bufferSize) const;
   rfm_TaggedStream TaggedStream(rfm_Handle handle, int bufferSize) const;
   rfm_TaggedStream TaggedStream(int bufferSize) const;
-  rfm_Space Space(rfm_Handle const& handle, int quantum) const { return rfm_Space(Repr().Space(handle, quantum)); }
+  rfm_Space Space(rfm_Handle const& handle, int quantum) const;
 
   cow_String FileName() const { return Repr().FileName(); }
   cow_String Description() const { return Repr().Description(); }

@@ -9,17 +9,16 @@
 #include "rfm_Type.h"
 #include "utl_FileOffset.h"
 
-class rfm_ArrayRepr;
 class rfm_DBMetadata;
 class rfm_SpaceRepr;
 class rfm_TableMetadata;
-class rfm_TableRepr;
-class rfm_TaggedStreamRepr;
 template <class K, class V>
 class cow_Map;
 
 // What a database is, whatever stores it: the operations that rfm_Database
-// forwards, and the factories of the objects stored in it.
+// forwards. The objects stored in it are made by rfm_Database, so that each
+// holds a share of the database; its own spaces (the string pool, the
+// catalogue) hold none, or it could never close.
 class ZQA_EXPORT rfm_DatabaseRepr : public mem_AllocationOperators {
 public:
   virtual ~rfm_DatabaseRepr();
@@ -47,18 +46,6 @@ public:
   // below 4 (callers pass -1 for no wish) means 4.
   virtual rfm_SpaceRepr* Space(int quantum) = 0;
   virtual rfm_SpaceRepr* Space(rfm_Handle const& handle, int quantum) = 0;
-
-  // The stored objects; the caller owns each result. A table is opened by
-  // handle, or made new for a description (bound first) or for the name of
-  // a table the catalogue has bound. An array opened by handle must hold
-  // elements of type.
-  rfm_TableRepr* Table(rfm_Handle const& handle, int quantum, int cacheRows);
-  rfm_TableRepr* Table(rfm_TableMetadata const& definition, int quantum, int cacheRows);
-  rfm_TableRepr* Table(cow_String const& name, int quantum, int cacheRows);
-  rfm_ArrayRepr* Array(rfm_Type type, rfm_Handle const& handle, int quantum, int bufferSize);
-  rfm_ArrayRepr* Array(rfm_Type type, int fieldsPerRow, int quantum, int bufferSize);
-  rfm_TaggedStreamRepr* TaggedStream(rfm_Handle const& handle, int bufferSize);
-  rfm_TaggedStreamRepr* TaggedStream(int bufferSize);
 
   // The type of the object at handle, told by its first words: a table, a
   // tagged stream, an array's element type (none for an array whose element

@@ -4,8 +4,11 @@
 #include "rfm_RowImpl.h"
 
 // A row of a table, by value: copies count as holders of the cached row, so
-// it stays valid across the cache's culls for as long as one is held. Give
-// a row back with Release() (or let it go) when done.
+// it stays valid across the cache's culls for as long as one is held. A held
+// row keeps its table open, and with it the database (see rfm_Database): a
+// row written after the last table and database handles have gone reaches
+// the file when the row goes. Give a row back with Release() (or let it go)
+// when done.
 class ZQA_EXPORT rfm_Row {
 public:
   rfm_Row() = default;

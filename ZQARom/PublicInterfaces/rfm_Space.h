@@ -2,15 +2,17 @@
 #define rfm_Space_h
 
 #include "cow_CountedHld.h"
+#include "rfm_Database.h"
 #include "rfm_SpaceRepr.h"
 
 // A space by value: copies share one representation, and with it one
-// position. The database the space belongs to must outlive it.
+// position. A space holds a share of its database, which stays open while
+// the space lives (see rfm_Database).
 class ZQA_EXPORT rfm_Space {
 public:
   rfm_Space() = default;
-  // Takes ownership of repr.
-  explicit rfm_Space(rfm_SpaceRepr* repr) : m_Repr(repr) {}
+  // Takes ownership of repr, a space of database.
+  rfm_Space(rfm_SpaceRepr* repr, rfm_Database const& database) : m_Database(database), m_Repr(repr) {}
 
   rfm_Handle Handle() const { return m_Repr.GetRef().Handle(); }
   bool ReadOnly() const { return m_Repr.GetRef().ReadOnly(); }
@@ -31,6 +33,8 @@ public:
   rfm_SpaceRepr* operator->() const { return m_Repr.GetPtr(); }
 
 private:
+  // Declared first, so that it goes last.
+  rfm_Database m_Database;
   cow_CountedHld<rfm_SpaceRepr> m_Repr;
 };
 

@@ -1,16 +1,28 @@
 #ifndef rfm_Table_h
 #define rfm_Table_h
 
-#include "cow_CountedHld.h"
 #include "rfm_TableRepr.h"
 
 // A table by value: copies share one representation, which flushes when the
-// last copy goes. The database must outlive it.
+// last copy and the last row taken from it that is still held have gone.
+// The table holds a share of its database, which stays open while the table
+// lives (see rfm_Database); a held row keeps the table open in turn.
 class ZQA_EXPORT rfm_Table {
 public:
   rfm_Table() = default;
   // Takes ownership of repr.
-  explicit rfm_Table(rfm_TableRepr* repr) : m_Repr(repr) {}
+  explicit rfm_Table(rfm_TableRepr* repr) : m_Repr(repr) {
+    if (m_Repr) m_Repr->AddHolder();
+  }
+  rfm_Table(rfm_Table const& other) : rfm_Table(other.m_Repr) {}
+  rfm_Table& operator=(rfm_Table const& other) {
+    // Taking the new share first makes self-assignment harmless.
+    if (other.m_Repr) other.m_Repr->AddHolder();
+    LetGo();
+    m_Repr = other.m_Repr;
+    return *this;
+  }
+  ~rfm_Table() { LetGo(); }
 
   rfm_Row NewRow() const { return Repr().NewRow(); }
   rfm_Row UpdateRow(int row) const { return Repr().UpdateRow(row); }
@@ -40,11 +52,16 @@ public:
   utl_FileOffset SpaceLength() const { return Repr().SpaceLength(); }
   cow_List<cow_String> GetObjStatistics() const { return Repr().GetObjStatistics(); }
 
-  bool IsNull() const { return m_Repr.IsNull(); }
-  rfm_TableRepr& Repr() const { return m_Repr.GetRef(); }
+  bool IsNull() const { return m_Repr == nullptr; }
+  rfm_TableRepr& Repr() const { return *m_Repr; }
 
 private:
-  cow_CountedHld<rfm_TableRepr> m_Repr;
+  void LetGo() {
+    if (m_Repr) rfm_TableRepr::DropHolder(m_Repr);
+    m_Repr = nullptr;
+  }
+
+  rfm_TableRepr* m_Repr = nullptr;
 };
 
 #endif

@@ -3,6 +3,7 @@
 
 #include "cow_List.h"
 #include "omi_Btree.h"
+#include "rfm_Database.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_Row.h"
 #include "rfm_SpaceRepr.h"
@@ -10,8 +11,6 @@
 
 #include <memory>
 #include <vector>
-
-class rfm_DatabaseRepr;
 
 // A table: a space holding a header and rows of one fixed size, with a
 // cache of rows in memory that writes back in row order.
@@ -29,15 +28,27 @@ class rfm_DatabaseRepr;
 // Invariants: rows below m_RowsOnDisk are in the file; every row at or above
 // it is in the cache until written; writing back never leaves a gap in the
 // file's tail; a row that an application holds is never dropped.
+//
+// Lifetime: the table is held by its rfm_Table handles and by the rows that
+// an application holds (each held row once, whatever its number of copies);
+// the last holder to let go deletes it, and its end writes the rows back.
+// The table holds a share of its database, so the database closes after it.
 class ZQA_EXPORT rfm_TableRepr : public mem_AllocationOperators {
 public:
   // A new table for a bound description. cacheRows below 0 means 32.
-  rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* metadata, int quantum, int cacheRows);
+  rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* metadata, int quantum, int cacheRows);
   // The existing table at handle.
-  rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int cacheRows);
+  rfm_TableRepr(rfm_Database const& database, rfm_Handle const& handle, int quantum, int cacheRows);
   ~rfm_TableRepr();
   rfm_TableRepr(rfm_TableRepr const&) = delete;
   rfm_TableRepr& operator=(rfm_TableRepr const&) = delete;
+
+  // For handles and held rows: one more holder; one fewer, and the last
+  // deletes table.
+  void AddHolder() { ++m_Holders; }
+  static void DropHolder(rfm_TableRepr* table) {
+    if (--table->m_Holders == 0) delete table;
+  }
 
   // Bytes a field of type takes in a row, 0 for a type no field can have
   // (any int is welcome: a checker asks with what a file holds).
@@ -118,7 +129,10 @@ private:
   // Where row is or would go in the cache.
   std::vector<CacheEntry>::iterator CacheSlot(int row);
 
-  rfm_DatabaseRepr* m_Database;
+  // Declared first, so that it goes last: the rows and the space are
+  // written before the database can close.
+  rfm_Database m_Database;
+  int m_Holders = 0;
   rfm_TableMetadata* m_Metadata;  // owned by the catalogue
   int m_PositionCount = 0;
   int m_Cursor = 0;

@@ -5,7 +5,8 @@
 #include "rfm_TaggedStreamRepr.h"
 
 // A tagged stream by value: copies share one representation, and with it
-// one position and one current item. The database must outlive the stream.
+// one position and one current item. The stream holds a share of its
+// database, which stays open while the stream lives (see rfm_Database).
 class ZQA_EXPORT rfm_TaggedStream {
 public:
   rfm_TaggedStream() = default;
@@ -23,6 +24,11 @@ public:
   // Reads the next item; false at the end. The Get operations answer the
   // item read, and 0 or empty for the values of the other types.
   bool Next() const { return Repr().Next(); }
+  // Goes back before the first item, so that Next reads the stream again
+  // from its start: a reader after Snap sees the items added since, and a
+  // writer sees what it wrote. Items are written where the stream stands,
+  // so a writer reads to the end before it writes again.
+  void Rewind() const { Repr().Rewind(); }
   int GetType() const { return Repr().GetType(); }
   int GetID() const { return Repr().GetID(); }
   int GetInt() const { return Repr().GetInt(); }

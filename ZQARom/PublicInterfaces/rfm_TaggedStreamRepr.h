@@ -3,14 +3,13 @@
 
 #include "cow_List.h"
 #include "cow_String.h"
+#include "rfm_Database.h"
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_Type.h"
 
 #include <memory>
-
-class rfm_DatabaseRepr;
 
 // A tagged stream: a space holding a header and then a sequence of
 // self-describing items, each a tag type, an id the caller chooses, and a
@@ -22,6 +21,7 @@ class rfm_DatabaseRepr;
 //   space, nor takes a length from the file without checking it against
 //   the bytes that remain.
 // - The space outlives the buffer on it, which flushes into it on the way out.
+// - The stream holds a share of its database, which outlives space and buffer.
 class ZQA_EXPORT rfm_TaggedStreamRepr : public mem_AllocationOperators {
 public:
   // The tag types of the items. 5 is not one; 7 has no rfm_Type of its own.
@@ -37,9 +37,9 @@ public:
 
   // The existing stream at handle; raises the texts of a damaged object or
   // of a handle to something else.
-  rfm_TaggedStreamRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int bufferSize);
+  rfm_TaggedStreamRepr(rfm_Database const& database, rfm_Handle const& handle, int bufferSize);
   // A new, empty stream.
-  rfm_TaggedStreamRepr(rfm_DatabaseRepr& database, int bufferSize);
+  rfm_TaggedStreamRepr(rfm_Database const& database, int bufferSize);
   ~rfm_TaggedStreamRepr();
   rfm_TaggedStreamRepr(rfm_TaggedStreamRepr const&) = delete;
   rfm_TaggedStreamRepr& operator=(rfm_TaggedStreamRepr const&) = delete;
@@ -56,6 +56,10 @@ public:
 
   // Reads the next item and makes it the current one; false at the end.
   bool Next();
+  // Goes back before the first item: the next Next reads it. Items are
+  // written where the stream stands, so a writer that rewinds reads to the
+  // end before it writes again, or its items replace those there.
+  void Rewind();
   int GetType() const { return m_CurrentType; }
   int GetID() const { return m_CurrentId; }
   int GetInt() const { return m_IntValue; }
@@ -77,7 +81,9 @@ public:
 private:
   void BeginItem(Tag tag, int id);
 
-  rfm_DatabaseRepr* m_Database;
+  // Declared first, so that it goes last: the database closes after the
+  // buffer has written into it.
+  rfm_Database m_Database;
   std::unique_ptr<rfm_SpaceRepr> m_Space;
   rfm_IOBuffer m_Buffer;
   int m_ChangeCount = 0;

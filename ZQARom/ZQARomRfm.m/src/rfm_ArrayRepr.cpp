@@ -4,7 +4,6 @@
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
 #include "rfm_ChangeCount.h"
-#include "rfm_DatabaseRepr.h"
 #include "rfm_Exc.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"
@@ -48,12 +47,12 @@ constexpr int kElementsPerCall = 1 << 27;
 
 // Checks the arguments before anything is allocated: a new array that can
 // never be made must not take a slot in the database.
-rfm_SpaceRepr* NewArraySpace(rfm_DatabaseRepr& database, rfm_Type type, int fieldsPerRow, int quantum) {
+rfm_SpaceRepr* NewArraySpace(rfm_Database const& database, rfm_Type type, int fieldsPerRow, int quantum) {
   if (!rfm_ArrayRepr::IsElementType(type)) RaiseIllegalType(__LINE__);
   ZQA_ASSERT(kSourcePath, fieldsPerRow > 0);
   ZQA_ASSERT(kSourcePath, fieldsPerRow <= rfm_ArrayRepr::kMaxFieldsPerRow);
   if (database.ReadOnly()) rfm_IssueWritingToReadOnlyException();
-  return database.Space(quantum);
+  return database.Repr().Space(quantum);
 }
 
 // The arguments of Read and Write; the elements of rowCount rows must fit
@@ -106,8 +105,8 @@ bool rfm_ArrayRepr::IsElementType(int type) {
   return type == rfm_TypeInt || type == rfm_TypeFloat || type == rfm_TypeDouble || type == rfm_TypeString;
 }
 
-rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int bufferSize)
-    : m_Database(&database), m_Space(database.Space(handle, quantum)), m_Buffer(m_Space.get(), bufferSize),
+rfm_ArrayRepr::rfm_ArrayRepr(rfm_Database const& database, rfm_Handle const& handle, int quantum, int bufferSize)
+    : m_Database(database), m_Space(database.Repr().Space(handle, quantum)), m_Buffer(m_Space.get(), bufferSize),
       m_FlushCountSeen(database.GetFlushCount()) {
   int header[4] = {};
   if (m_Buffer.ReadIntArray(header, 4) < 4) RaiseCorrupt(__LINE__);
@@ -121,9 +120,9 @@ rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
   m_FieldsPerRow = header[3];
 }
 
-rfm_ArrayRepr::rfm_ArrayRepr(rfm_DatabaseRepr& database, rfm_Type type, int fieldsPerRow, int quantum,
+rfm_ArrayRepr::rfm_ArrayRepr(rfm_Database const& database, rfm_Type type, int fieldsPerRow, int quantum,
                              int bufferSize)
-    : m_Database(&database), m_Space(NewArraySpace(database, type, fieldsPerRow, quantum)),
+    : m_Database(database), m_Space(NewArraySpace(database, type, fieldsPerRow, quantum)),
       m_Buffer(m_Space.get(), bufferSize), m_Type(type), m_FieldsPerRow(fieldsPerRow),
       m_FlushCountSeen(database.GetFlushCount()) {
   int const header[4] = {static_cast<int>(kRfmArrayMagic), m_ChangeCount, type, fieldsPerRow};
@@ -207,13 +206,13 @@ void rfm_ArrayRepr::Truncate(int rows) {
 int rfm_ArrayRepr::Flush() { return rfm_FlushChangeCount(m_Buffer, m_ChangeCount); }
 
 int rfm_ArrayRepr::Snap() {
-  return rfm_SnapChangeCount(m_Buffer, m_Database->GetFlushCount(), m_FlushCountSeen, m_ChangeCount);
+  return rfm_SnapChangeCount(m_Buffer, m_Database.GetFlushCount(), m_FlushCountSeen, m_ChangeCount);
 }
 
 void rfm_ArrayRepr::Append(rfm_ArrayRepr& other) {
   if (ReadOnly()) Raise(__LINE__, "rfm_ArrayRepr::Append - Attempt to append to read only array.");
   // Appending an array to itself would read what it writes, without end.
-  bool const sameObject = m_Database == other.m_Database && Handle() == other.Handle();
+  bool const sameObject = &m_Database.Repr() == &other.m_Database.Repr() && Handle() == other.Handle();
   ZQA_ASSERT(kSourcePath, !sameObject);
   Flush();
   other.Flush();
@@ -273,4 +272,4 @@ rfm_Handle rfm_ArrayRepr::CreateCopy(rfm_DatabaseRepr& from, rfm_DatabaseRepr& t
   return target->Handle();
 }
 
-cow_List<cow_String> rfm_ArrayRepr::GetObjStatistics() const { return m_Database->GetObjStatistics(Handle()); }
+cow_List<cow_String> rfm_ArrayRepr::GetObjStatistics() const { return m_Database.GetObjStatistics(Handle()); }

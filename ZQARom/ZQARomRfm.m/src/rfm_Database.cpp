@@ -1,6 +1,7 @@
 #include "rfm_Database.h"
 
 #include "rfm_DatabaseReprFile.h"
+#include "rfm_Space.h"
 
 rfm_Database rfm_Database::Create(rfm_File const& file, cow_String const& magic, cow_String const& description,
                                   long creationTime) {
@@ -23,3 +24,9 @@ bool rfm_Database::IsMagic(rfm_File const& file, cow_String const& magic) {
 }
 
 long rfm_Database::GetCreationTime(rfm_File const& file) { return rfm_DatabaseReprFile::GetCreationTime(file); }
+
+rfm_Space rfm_Database::Space(int quantum) const { return rfm_Space(Repr().Space(quantum), *this); }
+
+rfm_Space rfm_Database::Space(rfm_Handle const& handle, int quantum) const {
+  return rfm_Space(Repr().Space(handle, quantum), *this);
+}

@@ -88,7 +88,7 @@ void rfm_DatabaseRepr::InsertInMapClassName2ClassVersion(cow_String const& class
 }
 
 rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
-  rfm_Space space(Space(handle, -1));
+  std::unique_ptr<rfm_SpaceRepr> space(Space(handle, -1));
   int words[3] = {};
   if (space->ReadIntArray(words, 3) < 3) return rfm_TypeSpace;
   switch (static_cast<std::uint32_t>(words[0])) {
@@ -155,7 +155,8 @@ void rfm_DatabaseReprFile::Create(cow_String const& magic, cow_String const& des
   CreateGroup();
 
   m_StringManager.Open(NewWellKnownSpace(kRfmStringPoolMagic));
-  rfm_Space(Space(-1));
+  // Handle 2 is reserved: a space made and dropped at once.
+  delete Space(-1);
   m_Metadata = new rfm_DBMetadata(NewWellKnownSpace(kRfmMetadataMagic));
   m_ReferencedTails[0] = rfm_Handle(kRfmStringPoolHandle);
   m_ReferencedTails[1] = rfm_Handle(kRfmMetadataHandle);

@@ -4,7 +4,6 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "omi_BtreeIterator.h"
-#include "rfm_DatabaseRepr.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"
@@ -46,9 +45,9 @@ int rfm_TableRepr::FieldSize(int type, int externalStringSize) {
   }
 }
 
-rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* metadata, int quantum, int cacheRows)
-    : m_Database(&database), m_Metadata(metadata), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
-      m_Space(database.Space(quantum)), m_Buffer(m_Space.get(), kBufferSize),
+rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* metadata, int quantum, int cacheRows)
+    : m_Database(database), m_Metadata(metadata), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
+      m_Space(database.Repr().Space(quantum)), m_Buffer(m_Space.get(), kBufferSize),
       m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows) {
   int header[kHeaderWords] = {static_cast<int>(kRfmTableMagic), 0,
                               static_cast<int>(database.GetTableMetadataHandle(metadata->TableName()))};
@@ -57,9 +56,9 @@ rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* meta
   Setup();
 }
 
-rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int quantum, int cacheRows)
-    : m_Database(&database), m_Metadata(nullptr), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
-      m_Space(database.Space(handle, quantum)), m_Buffer(m_Space.get(), kBufferSize),
+rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_Handle const& handle, int quantum, int cacheRows)
+    : m_Database(database), m_Metadata(nullptr), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
+      m_Space(database.Repr().Space(handle, quantum)), m_Buffer(m_Space.get(), kBufferSize),
       m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows) {
   int header[kHeaderWords] = {};
   if (m_Buffer.Length() < kFirstRowOffset || m_Buffer.ReadIntArray(header, kHeaderWords) < kHeaderWords) {
@@ -70,7 +69,7 @@ rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
                                   "ZORBEX database."));
   }
   m_TableFlushCount = header[1];
-  m_Metadata = database.BindTableMetadata(utl_FileOffset(static_cast<std::uint32_t>(header[2])));
+  m_Metadata = database.Repr().BindTableMetadata(utl_FileOffset(static_cast<std::uint32_t>(header[2])));
   Setup();
   m_RowCount = m_RowsOnDisk = RowCountFromLength();
 }
@@ -81,14 +80,8 @@ rfm_TableRepr::~rfm_TableRepr() {
   } catch (std::exception const& e) {
     std::fprintf(stderr, "%s\n", e.what());
   }
-  // Rows that an application still holds outlive the table, detached.
-  for (CacheEntry const& entry : m_Cache) {
-    if (entry.m_Repr->m_Uses > 0) {
-      entry.m_Repr->m_Impl->Detach();
-    } else {
-      delete entry.m_Repr;
-    }
-  }
+  // No row is held: a held row would hold the table.
+  for (CacheEntry const& entry : m_Cache) delete entry.m_Repr;
   for (rfm_RowRepr* spare : m_Spares) delete spare;
 }
 
@@ -201,6 +194,11 @@ void rfm_TableRepr::DropRow(rfm_RowRepr* row) {
 }
 
 rfm_Row rfm_TableRepr::NewRow() {
+  // Rows of no bytes could never be counted in the file.
+  if (m_RowSize == 0) {
+    Raise(__LINE__, atr_SubstituteFormat(atr_translate("***ERROR: Table '%s' in %s has no fields: it cannot hold rows."),
+                                         m_Metadata->TableName(), m_Database.FileName()));
+  }
   m_Dirty = true;
   if (m_CacheBudget-- <= 0) CullCache();
   rfm_RowRepr* row = MakeRow(m_RowCount, true);
@@ -319,8 +317,8 @@ int rfm_TableRepr::Flush() {
 
 int rfm_TableRepr::Snap() {
   if (!ReadOnly()) return 0;
-  if (m_Database->GetFlushCount() == m_DatabaseFlushCountSeen) return 0;
-  m_DatabaseFlushCountSeen = m_Database->GetFlushCount();
+  if (m_Database.GetFlushCount() == m_DatabaseFlushCountSeen) return 0;
+  m_DatabaseFlushCountSeen = m_Database.GetFlushCount();
   // What the buffer read ahead may be stale now.
   m_Buffer.LocalFlush();
   m_Buffer.Seek(kFlushCountOffset);
@@ -350,7 +348,9 @@ void rfm_TableRepr::Truncate(int rows) {
   auto above = std::lower_bound(m_Cache.begin(), m_Cache.end(), rows, RowBefore<CacheEntry>);
   for (auto it = above; it != m_Cache.end(); ++it) {
     if (it->m_Repr->m_Uses > 0) {
+      // A detached row no longer holds the table; the caller's handle still does.
       it->m_Repr->m_Impl->Detach();
+      --m_Holders;
     } else {
       DropRow(it->m_Repr);
     }
@@ -433,4 +433,4 @@ void rfm_TableRepr::AppendRowByRow(rfm_TableRepr& other) {
   }
 }
 
-cow_List<cow_String> rfm_TableRepr::GetObjStatistics() const { return m_Database->GetObjStatistics(Handle()); }
+cow_List<cow_String> rfm_TableRepr::GetObjStatistics() const { return m_Database.GetObjStatistics(Handle()); }

@@ -3,7 +3,6 @@
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
 #include "rfm_ChangeCount.h"
-#include "rfm_DatabaseRepr.h"
 #include "rfm_Exc.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
@@ -43,9 +42,9 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_TaggedStreamRepr";
         "unusable.");
 }
 
-rfm_SpaceRepr* NewStreamSpace(rfm_DatabaseRepr& database) {
+rfm_SpaceRepr* NewStreamSpace(rfm_Database const& database) {
   if (database.ReadOnly()) rfm_IssueWritingToReadOnlyException();
-  return database.Space(-1);
+  return database.Repr().Space(-1);
 }
 
 // An item that claims more bytes than the stream has left is damage, not
@@ -56,8 +55,8 @@ void Need(rfm_IOBuffer const& buffer, utl_FileOffset bytes) {
 
 }  // namespace
 
-rfm_TaggedStreamRepr::rfm_TaggedStreamRepr(rfm_DatabaseRepr& database, rfm_Handle const& handle, int bufferSize)
-    : m_Database(&database), m_Space(database.Space(handle, -1)), m_Buffer(m_Space.get(), bufferSize),
+rfm_TaggedStreamRepr::rfm_TaggedStreamRepr(rfm_Database const& database, rfm_Handle const& handle, int bufferSize)
+    : m_Database(database), m_Space(database.Repr().Space(handle, -1)), m_Buffer(m_Space.get(), bufferSize),
       m_FlushCountSeen(database.GetFlushCount()) {
   int header[2] = {};
   if (m_Buffer.ReadIntArray(header, 2) < 2) RaiseCorrupt(__LINE__);
@@ -69,8 +68,8 @@ rfm_TaggedStreamRepr::rfm_TaggedStreamRepr(rfm_DatabaseRepr& database, rfm_Handl
   m_ChangeCount = header[1];
 }
 
-rfm_TaggedStreamRepr::rfm_TaggedStreamRepr(rfm_DatabaseRepr& database, int bufferSize)
-    : m_Database(&database), m_Space(NewStreamSpace(database)), m_Buffer(m_Space.get(), bufferSize),
+rfm_TaggedStreamRepr::rfm_TaggedStreamRepr(rfm_Database const& database, int bufferSize)
+    : m_Database(database), m_Space(NewStreamSpace(database)), m_Buffer(m_Space.get(), bufferSize),
       m_FlushCountSeen(database.GetFlushCount()) {
   int const header[2] = {static_cast<int>(kRfmTaggedStreamMagic), m_ChangeCount};
   m_Buffer.WriteIntArray(header, 2);
@@ -167,12 +166,14 @@ bool rfm_TaggedStreamRepr::Next() {
   return true;
 }
 
+void rfm_TaggedStreamRepr::Rewind() { m_Buffer.Seek(kHeaderSize); }
+
 int rfm_TaggedStreamRepr::Flush() { return rfm_FlushChangeCount(m_Buffer, m_ChangeCount); }
 
 int rfm_TaggedStreamRepr::Snap() {
-  return rfm_SnapChangeCount(m_Buffer, m_Database->GetFlushCount(), m_FlushCountSeen, m_ChangeCount);
+  return rfm_SnapChangeCount(m_Buffer, m_Database.GetFlushCount(), m_FlushCountSeen, m_ChangeCount);
 }
 
 cow_List<cow_String> rfm_TaggedStreamRepr::GetObjStatistics() const {
-  return m_Database->GetObjStatistics(Handle());
+  return m_Database.GetObjStatistics(Handle());
 }

@@ -302,7 +302,7 @@ TEST_P(ArrayTest, OpeningWhatIsNotAnArrayOfTheTypeRaisesItsText) {
   doubles.Flush();
   EXPECT_EQ("repr->Type() == type", AssertionOf([&] { database.ArrayInt(doubles.Handle(), -1, 0); }));
   EXPECT_EQ("rfm_ArrayRepr::RowSize - illegal array type.",
-            MessageOf([&] { delete database.Repr().Array(rfm_TypeHandle, 1, -1, 0); }));
+            MessageOf([&] { rfm_ArrayRepr(database, rfm_TypeHandle, 1, -1, 0); }));
 }
 
 // Plain files only: a reader opened beside the writer follows its flushes

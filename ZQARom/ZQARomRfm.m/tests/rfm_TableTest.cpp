@@ -144,6 +144,30 @@ TEST_P(TableTest, NewRowsReachTheFileWithoutGapsAndTornRowsRoundToTheNearest) {
   }
 }
 
+// Rows of a table without present fields have no bytes, so the file could
+// never count them: such a table refuses rows, and the writer and a reader
+// of the file agree that it has none.
+TEST_P(TableTest, ATableWithoutFieldsRefusesRowsAndStaysEmpty) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("fieldless.zdb");
+  std::string const refused =
+      std::string("***ERROR: Table 'Nothing' in ") + name.CStr() + " has no fields: it cannot hold rows.";
+  rfm_Handle handle;
+  {
+    rfm_Database database = CreateTestDatabase(name);
+    rfm_Table table = database.Table(rfm_TableMetadata("Nothing", 1), -1, -1);
+    EXPECT_EQ(0, table.RowSize());
+    EXPECT_EQ(refused, MessageOf([&] { table.NewRow(); }));
+    EXPECT_EQ(refused, MessageOf([&] { table.UpdateRow(table.Length()); }));
+    EXPECT_EQ(0, table.Length());
+    EXPECT_FALSE(table.RowExists(0));
+    table.Flush();
+    handle = table.Handle();
+  }
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ(0, database.Table(handle, -1, -1).Length());
+}
+
 TEST_P(TableTest, AnOlderLayoutReadsInANewerProgram) {
   zqa_TestDir dir;
   cow_String name = dir.File("older.zdb");

@@ -23,6 +23,30 @@ rfm_Handle PlainSpace(rfm_Database const& database, std::vector<int> const& word
   return space.Handle();
 }
 
+// Every item from the current position on, as "id:value", each value as
+// its type shows it.
+std::vector<std::string> ReadItems(rfm_TaggedStream const& stream) {
+  std::vector<std::string> items;
+  while (stream.Next()) {
+    std::string value;
+    switch (stream.GetType()) {
+      case rfm_TypeInt:
+        value = std::to_string(stream.GetInt());
+        break;
+      case rfm_TypeFloat:
+        value = std::to_string(stream.GetFloat());
+        break;
+      case rfm_TypeDouble:
+        value = std::to_string(stream.GetDouble());
+        break;
+      default:
+        value = stream.GetString().CStr();
+    }
+    items.push_back(std::to_string(stream.GetID()) + ":" + value);
+  }
+  return items;
+}
+
 }  // namespace
 
 using TaggedStreamTest = rfm_FileKindTest;
@@ -128,4 +152,45 @@ TEST_P(TaggedStreamTest, ForeignOrDamagedObjectsRaiseTheirTexts) {
   EXPECT_EQ(kCorrupt, MessageOf([&] { torn.Next(); }));
   rfm_TaggedStream negative = database.TaggedStream(PlainSpace(database, {kMagic, 0, 7, 1, -4, 0}), 0);
   EXPECT_EQ(kCorrupt, MessageOf([&] { negative.Next(); }));
+}
+
+// Rewind goes back before the first item. A writer reads what it wrote and,
+// having read to the end, goes on writing there; a reader reads everything
+// again, after Snap the items a writer has added since included.
+TEST(TaggedStreamPlainFileTest, RewindReadsEveryItemAgainFromTheFirst) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("rewind.zdb");
+  rfm_Database writer = CreateTestDatabase(name);
+  rfm_TaggedStream written = writer.TaggedStream(0);
+  written.WriteInt(1, 10);
+  written.WriteString(2, "two");
+  written.WriteDouble(3, 3.5);
+  std::vector<std::string> items = {"1:10", "2:two", "3:3.500000"};
+  EXPECT_TRUE(ReadItems(written).empty());
+  written.Rewind();
+  EXPECT_EQ(items, ReadItems(written));
+  written.Rewind();
+  EXPECT_EQ(items, ReadItems(written));
+  written.WriteInt(4, 40);
+  items.push_back("4:40");
+  written.Rewind();
+  EXPECT_EQ(items, ReadItems(written));
+  written.Flush();
+  writer.Flush();
+
+  rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
+  rfm_TaggedStream read = reader.TaggedStream(written.Handle(), 0);
+  EXPECT_EQ(items, ReadItems(read));
+  read.Rewind();
+  EXPECT_EQ(items, ReadItems(read));
+  written.WriteFloat(5, 0.5f);
+  items.push_back("5:0.500000");
+  written.Flush();
+  writer.Flush();
+  ASSERT_TRUE(reader.Snap());
+  EXPECT_EQ(2, read.Snap());
+  read.Rewind();
+  EXPECT_EQ(items, ReadItems(read));
+  read.Rewind();
+  EXPECT_EQ(items, ReadItems(read));
 }

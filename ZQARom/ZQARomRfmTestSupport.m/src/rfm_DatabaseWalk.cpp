@@ -3,6 +3,7 @@
 #include "omi_BtreeIterator.h"
 #include "rfm_Array.h"
 #include "rfm_Row.h"
+#include "rfm_Space.h"
 #include "rfm_Table.h"
 #include "rfm_TaggedStream.h"
 

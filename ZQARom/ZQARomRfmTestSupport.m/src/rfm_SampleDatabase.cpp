@@ -1,6 +1,7 @@
 #include "rfm_SampleDatabase.h"
 
 #include "rfm_Array.h"
+#include "rfm_Space.h"
 #include "rfm_Table.h"
 #include "rfm_TaggedStream.h"
 
