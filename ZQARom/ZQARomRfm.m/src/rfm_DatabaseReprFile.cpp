@@ -6,15 +6,14 @@
 #include "rfm_ArrayRepr.h"
 #include "rfm_Block0.h"
 #include "rfm_DBMetadata.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_OffsetConverter.h"
 #include "rfm_SpaceReprFile.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -101,13 +100,9 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
 rfm_DatabaseReprFile::rfm_DatabaseReprFile(rfm_File const& file) : m_File(file) {}
 
 rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
-  // A destructor cannot raise: a failure to close is reported, and the file
-  // keeps the state of its last successful flush.
-  try {
-    if (m_Opened) Close();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  // A failure to close leaves the file at the state of its last successful
+  // flush.
+  if (m_Opened) rfm_FlushInDestructor([this] { Close(); });
   // The catalogue writes strings to the pool, so it goes first.
   delete m_Metadata;
   m_Metadata = nullptr;

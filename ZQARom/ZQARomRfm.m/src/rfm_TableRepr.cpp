@@ -5,6 +5,7 @@
 #include "atr_translate.h"
 #include "omi_BtreeIterator.h"
 #include "rfm_DatabaseRepr.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"
@@ -12,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -76,11 +76,7 @@ rfm_TableRepr::rfm_TableRepr(rfm_DatabaseRepr& database, rfm_Handle const& handl
 }
 
 rfm_TableRepr::~rfm_TableRepr() {
-  try {
-    Flush();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  rfm_FlushInDestructor([this] { Flush(); });
   // Rows that an application still holds outlive the table, detached.
   for (CacheEntry const& entry : m_Cache) {
     if (entry.m_Repr->m_Uses > 0) {
@@ -307,14 +303,18 @@ void rfm_TableRepr::CullCache() {
 
 int rfm_TableRepr::Flush() {
   if (!m_Dirty) return m_TableFlushCount;
-  m_Dirty = false;
-  if (ReadOnly()) return 0;
+  if (ReadOnly()) {
+    m_Dirty = false;
+    return 0;
+  }
+  // The table counts as clean and its count as raised only once every
+  // write arrived: a flush that fails (a full disk) is done again whole.
   FlushOrCull(false);
-  ++m_TableFlushCount;
   m_Buffer.Seek(kFlushCountOffset);
-  m_Buffer.WriteInt(m_TableFlushCount);
+  m_Buffer.WriteInt(m_TableFlushCount + 1);
   m_Buffer.Flush();
-  return m_TableFlushCount;
+  m_Dirty = false;
+  return ++m_TableFlushCount;
 }
 
 int rfm_TableRepr::Snap() {

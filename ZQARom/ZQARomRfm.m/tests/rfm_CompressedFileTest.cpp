@@ -29,6 +29,18 @@ std::string Pattern(int length, int seed) {
   return bytes;
 }
 
+// Writes bytes as stream index and stores its length.
+void WriteStream(rfm_SectorArray& sectors, int index, std::string const& bytes) {
+  rfm_SectorWrite writer = sectors.GetStreamWrite(index);
+  writer.Write(bytes.data(), static_cast<int>(bytes.size()));
+  writer.Commit();
+}
+
+// The compressed file's corruption message for the file at name.
+std::string Corrupt(cow_String const& name) {
+  return std::string("***ERROR: ZAE database is corrupt.\n  ") + name.CStr();
+}
+
 std::unique_ptr<rfm_FileReprEncoded> CreateWithSegments(cow_String const& name, int segmentSize) {
   return std::make_unique<rfm_FileReprEncoded>(name, new rfm_CodecZip(6), segmentSize);
 }
@@ -103,9 +115,9 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
   std::string const spills = Pattern(4089, 2);
   {
     rfm_SectorArray sectors(name, kMetadata);
-    sectors.GetStreamWrite(0).Write(fits.data(), 4088);
+    WriteStream(sectors, 0, fits);
     EXPECT_EQ(2, sectors.File().UsedSectors());
-    sectors.GetStreamWrite(1).Write(spills.data(), 4089);
+    WriteStream(sectors, 1, spills);
     EXPECT_EQ(4, sectors.File().UsedSectors());
 
     rfm_SectorRead reader = sectors.GetStreamRead(1);
@@ -114,13 +126,18 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
     EXPECT_EQ(4089, reader.Read(back.data(), 4089));
     EXPECT_EQ(spills, back);
 
-    sectors.GetStreamWrite(1).Write("short", 5);
+    WriteStream(sectors, 1, "short");
     EXPECT_EQ(4, sectors.File().UsedSectors());
     // The sectors the reader fetched ahead show the rewrite.
     rfm_SectorRead again = sectors.GetStreamRead(1);
     EXPECT_EQ(9, again.Length());
     EXPECT_EQ(5, again.Read(back.data(), 5));
     EXPECT_EQ("short", back.substr(0, 5));
+    // A writer that does not finish (a full disk) stores no length: the
+    // stream keeps the one it had.
+    sectors.GetStreamWrite(1).Write(spills.data(), 4089);
+    EXPECT_EQ(9, sectors.GetStreamRead(1).Length());
+    WriteStream(sectors, 1, "short");
     sectors.Flush();
   }
   std::string bytes = zqa_ReadFileBytes(name);
@@ -140,8 +157,7 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
   PutStoredInt(bytes, 2 * kSector + kLink, 99999);
   zqa_WriteFileBytes(name, bytes);
   rfm_SectorArray damaged(name, utl_FileAccessRead);
-  EXPECT_EQ("***ERROR: Compressed database file " + std::string(name.CStr()) +
-                " is corrupt: a sector links to no sector.",
+  EXPECT_EQ(Corrupt(name),
             MessageOf([&] {
               std::string chain(5000, '\0');
               damaged.GetStreamRead(1).Read(chain.data(), 5000);
@@ -211,8 +227,7 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
   std::string const content = WriteEncoded(name, 1024, 3 * 1024, 6);
   std::string const good = zqa_ReadFileBytes(name);
   std::size_t const stream1 = std::size_t(StoredInt(good, kStreamTable + 4)) * kSector;
-  std::string const corrupt = "***ERROR: ZAE database is corrupt.";
-  std::string const fileCorrupt = "***ERROR: Compressed database file " + std::string(name.CStr()) + " is corrupt: ";
+  std::string const corrupt = Corrupt(name);
 
   auto expectSegment1Fails = [&](std::string const& bytes, std::string const& message) {
     zqa_WriteFileBytes(name, bytes);
@@ -259,7 +274,7 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
     bytes = good;
     PutStoredInt(bytes, offset, value);
     zqa_WriteFileBytes(name, bytes);
-    EXPECT_EQ(0u, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); }).find(fileCorrupt)) << offset;
+    EXPECT_EQ(corrupt, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); })) << offset;
   }
 }
 
