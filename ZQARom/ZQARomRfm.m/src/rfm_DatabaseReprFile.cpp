@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 
 namespace {
 
@@ -101,8 +102,10 @@ rfm_DatabaseReprFile::rfm_DatabaseReprFile(rfm_File const& file) : m_File(file) 
 
 rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
   // A failure to close leaves the file at the state of its last successful
-  // flush.
-  if (m_Opened) rfm_FlushInDestructor([this] { Close(); });
+  // flush. So does an exception on its way out (a write failed on a full
+  // disk): the objects may be halfway through a change, and a flush now
+  // would vouch for that half.
+  if (m_Opened && std::uncaught_exceptions() == 0) rfm_FlushInDestructor([this] { Close(); });
   // The catalogue writes strings to the pool, so it goes first.
   delete m_Metadata;
   m_Metadata = nullptr;
@@ -186,6 +189,11 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
 
   m_Scratch.reset(new char[kGroupSize]);
   m_Groups = LoadGroupList();
+  // Bytes the file claims beyond the database's end and does not store are
+  // no part of it, written by no one: a damaged count in a compressed
+  // file's header. Whoever copied or checked the whole file would work
+  // through all of them.
+  if (file.LengthLogical() > std::max(LogicalEnd(), file.LengthStored())) RaiseCorrupt(__LINE__);
   m_StringManager.Open(OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
                                          "***ERROR: String space object is not where it belongs."));
   m_Metadata = new rfm_DBMetadata(OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
@@ -266,6 +274,18 @@ bool rfm_DatabaseReprFile::Snap() {
   m_FlushCount = flushCount;
   if (m_Metadata->Length() != metadataLength) m_Metadata->Load();
   return true;
+}
+
+utl_FileOffset rfm_DatabaseReprFile::LogicalEnd() const {
+  utl_FileOffset end = kRfmBlock0Size;
+  for (auto const& group : m_Groups) {
+    end = std::max(end, group->m_Offset + kGroupSize);
+    for (int slot = 1; slot < group->m_Used; ++slot) {
+      rfm_Linkage const& link = group->m_Linkages[slot];
+      if (link.m_Allocation > 0) end = std::max(end, link.m_Location + link.m_Allocation);
+    }
+  }
+  return end;
 }
 
 void rfm_DatabaseReprFile::Extend(utl_FileOffset delta) {
