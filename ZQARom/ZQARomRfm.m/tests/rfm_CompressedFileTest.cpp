@@ -2,6 +2,7 @@
 #include "rfm_File.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_SectorArray.h"
+#include "rfm_SegmentBufferCache.h"
 #include "rfm_TestAssertion.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
@@ -10,9 +11,14 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <sys/resource.h>
 
 namespace {
 
@@ -298,4 +304,54 @@ TEST(CompressedFileTest, ADatabaseWithBytesInASegmentNeverWrittenIsRefused) {
   zqa_WriteFileBytes(name, bytes);
   EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
             MessageOf([&] { OpenTestDatabase(name, utl_FileAccessRead); }));
+}
+
+// A full disk under a compressed file: the write that moves on to a new
+// segment must first save an old one to free its buffer, and the save
+// fails. Every later use must fail the same way, never use a segment left
+// without its buffer; once there is room again, a flush writes it all.
+TEST(CompressedFileTest, ASaveThatFailsLeavesEverySegmentAsItWas) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("full.mdb");
+  int const status = zqa_RunInChild([&] {
+    auto require = [](bool condition, std::string const& what) {
+      if (!condition) throw std::runtime_error(what);
+    };
+    // Incompressible bytes, three times the cache's 1 MiB: the saves that
+    // come with the segments beyond it fill the file's first 1 MiB.
+    std::string content(static_cast<std::size_t>(3 * rfm_SegmentBufferCache::kBudget), '\0');
+    std::uint64_t seed = 88172645463325252ull;
+    for (char& byte : content) {
+      seed ^= seed << 13;
+      seed ^= seed >> 7;
+      seed ^= seed << 17;
+      byte = static_cast<char>(seed);
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    require(::getrlimit(RLIMIT_FSIZE, &limit) == 0, "getrlimit");
+    rlimit const unlimited = limit;
+    limit.rlim_cur = rfm_SectorFile::kGrowthSectors * 4096;
+    require(::setrlimit(RLIMIT_FSIZE, &limit) == 0, "setrlimit");
+
+    std::string const full = std::string(name.CStr()) + ": " + std::strerror(EFBIG);
+    auto file = CreateWithSegments(name, 4096);
+    int written = 0;
+    std::string message = MessageOf([&] {
+      for (; written < static_cast<int>(content.size()); written += 4096) file->Write(content.data() + written, 4096);
+    });
+    require(message == full, "the first failure says " + message);
+    for (int again = 0; again < 3; ++again) {
+      message = MessageOf([&] { file->Write(content.data() + written, 4096); });
+      require(message == full, "a later write says " + message);
+    }
+    require(file->Length() == written, "the length counts " + std::to_string(file->Length()) + " bytes");
+
+    require(::setrlimit(RLIMIT_FSIZE, &unlimited) == 0, "setrlimit");
+    file->Write(content.data() + written, static_cast<int>(content.size()) - written);
+    file->Flush();
+    file.reset();
+    require(ReadAll(*OpenEncoded(name, utl_FileAccessRead)) == content, "the file holds other bytes");
+  });
+  EXPECT_EQ(0, status);
 }
