@@ -571,6 +571,9 @@ TEST(ZdbCheckTest, ALengthTheCompressedFileCannotBackIsReportedAndNotCopied) {
                              std::to_string(stored);
     EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), line)) << line << "\nin\n" << check.m_Out;
 
+    // Only the smallest claim is copied: should the copy trust a count
+    // again, it writes 64 MiB, not a disk full.
+    if (claimed != 1001) continue;
     std::string const copy = dir.File(("copy-" + std::to_string(claimed) + ".zdb").c_str()).CStr();
     zdb_Run decompress = RunZdb({"decompress", name, copy});
     EXPECT_EQ(1, decompress.m_Status) << decompress.m_Out;
