@@ -11,9 +11,10 @@
 
 // Runs damaged-file cases in child processes and tallies how they ended.
 // One child takes the cases in turn, each under a time limit and with an
-// allocation limit for the whole child, reads each damaged file's last byte
-// as a program that copies or checks a whole file does, walks it with
-// rfm_DatabaseWalk and reports on a pipe how that ended; a child that dies
+// allocation limit for the whole child, walks each damaged file with
+// rfm_DatabaseWalk (which reads the file's last byte first, as a program
+// that copies or checks a whole file does) and reports on a pipe how that
+// ended; a child that dies
 // (a crash, a sanitizer's report, the time limit) takes its current case
 // with it, and a new child goes on with the next. The limits are far below
 // what a count read from the file could cost if anything trusted it. Under
