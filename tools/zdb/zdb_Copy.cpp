@@ -26,11 +26,10 @@ namespace {
 constexpr int kBlockSize = 1 << 20;
 
 // The file's size on disk; for a file that stat cannot see (a URL), the
-// size its representation was told when it opened.
-long long SizeOnDisk(std::string const& name, rfm_File const& file) {
+// size its representation tells.
+long long SizeOnDisk(std::string const& name, utl_FileOffset told) {
   struct stat status;
-  if (::stat(name.c_str(), &status) == 0) return static_cast<long long>(status.st_size);
-  return static_cast<long long>(file->LengthPysical());
+  return ::stat(name.c_str(), &status) == 0 ? static_cast<long long>(status.st_size) : static_cast<long long>(told);
 }
 
 // Reads exactly count bytes at offset.
@@ -118,8 +117,8 @@ int Copy(std::vector<std::string> const& words, bool compress) {
     out->Flush();
     out = rfm_File();
     Verify(inName, outName, total);
-    long long inSize = SizeOnDisk(inName, in);
-    long long outSize = SizeOnDisk(outName, rfm_File::Open(outName.c_str(), utl_FileAccessRead, false));
+    long long inSize = SizeOnDisk(inName, in->LengthPysical());
+    long long outSize = SizeOnDisk(outName, total);
     std::printf("%s %s (%lld bytes) to %s (%lld bytes, %.1f%%), verified\n", compress ? "compressed" : "decompressed",
                 inName.c_str(), inSize, outName.c_str(), outSize,
                 inSize > 0 ? 100.0 * static_cast<double>(outSize) / static_cast<double>(inSize) : 100.0);
