@@ -1,6 +1,6 @@
 // Opens a compressed database made of the input and reads all of it: the
-// container's sectors and streams, the segments' zlib data, and the
-// database they unpack to, with the next segment decoded on a second
+// container's sectors and streams, the segments' zlib data, the last byte
+// the container claims, and the database they unpack to, with the next segment decoded on a second
 // thread as for any file opened for reading.
 
 #include "rfm_DatabaseWalk.h"

@@ -16,6 +16,7 @@
 #include "zdb_Command.h"
 #include "zdb_Failure.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <memory>
@@ -41,13 +42,21 @@ std::string Check(std::string const& name, zdb_CheckReport& report) {
   }
   bool compressed = dynamic_cast<rfm_FileReprEncoded*>(file.Repr()) != nullptr;
   zdb_CheckBytes bytes(file, report);
-  // Every segment of a compressed container is decoded once, so that its
-  // damage shows wherever it lies.
-  if (compressed) bytes.ReadAll();
+  // Every segment of a compressed container that stores data is decoded
+  // once, so that its damage shows wherever it lies. Past the last stream
+  // there is nothing to decode, however many segments the header claims.
+  utl_FileOffset const stored = file->LengthStored();
+  if (compressed) bytes.ReadAll(stored);
   std::string kind = compressed ? "compressed file" : "plain file";
   if (!zdb_CheckBlock0(bytes, compressed, report)) return kind;
   zdb_CheckLinkage linkage(bytes, report);
   linkage.Run();
+  // As the library refuses it: bytes claimed past the database's end that
+  // the file does not store.
+  if (bytes.Length() > std::max(linkage.End(), stored)) {
+    report.Problem("the file claims " + std::to_string(bytes.Length()) + " bytes, but the database ends at " +
+                   std::to_string(linkage.End()) + " and the file stores " + std::to_string(stored));
+  }
   std::unique_ptr<zdb_CheckSpace> poolSpace = WellKnown(bytes, linkage, kRfmStringPoolHandle);
   zdb_CheckPool pool(poolSpace.get(), report);
   std::unique_ptr<zdb_CheckSpace> catalogueSpace = WellKnown(bytes, linkage, kRfmMetadataHandle);

@@ -70,8 +70,9 @@ bool zdb_CheckBytes::Read(utl_FileOffset offset, char* out, std::size_t count) {
   return true;
 }
 
-void zdb_CheckBytes::ReadAll() {
-  for (utl_FileOffset index = 0; index * kChunkSize < m_Length; ++index) Load(index);
+void zdb_CheckBytes::ReadAll(utl_FileOffset limit) {
+  limit = std::min(limit, m_Length);
+  for (utl_FileOffset index = 0; index * kChunkSize < limit; ++index) Load(index);
 }
 
 std::int32_t zdb_Word(char const* bytes) { return rfm_IntConverter::Internalize(rfm_FileOrder(), bytes); }

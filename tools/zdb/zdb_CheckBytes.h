@@ -28,8 +28,9 @@ public:
   // Copies count bytes at offset into out; false when any of them is past
   // the end or cannot be read.
   bool Read(utl_FileOffset offset, char* out, std::size_t count);
-  // Reads every chunk once, so that every damaged part is reported.
-  void ReadAll();
+  // Reads every chunk below limit once, so that every damaged part there
+  // is reported.
+  void ReadAll(utl_FileOffset limit);
 
 private:
   // Makes the chunk at index the cached one; false when it cannot be read.

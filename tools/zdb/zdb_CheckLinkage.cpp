@@ -41,6 +41,18 @@ void zdb_CheckLinkage::Run() {
   CheckOverlaps();
 }
 
+utl_FileOffset zdb_CheckLinkage::End() const {
+  utl_FileOffset end = kRfmBlock0Size;
+  for (Group const& group : m_Groups) {
+    end = std::max(end, group.m_Offset + kGroupSize);
+    for (int place = 1; place < group.m_Used; ++place) {
+      Slot const& slot = group.m_Slots[static_cast<std::size_t>(place)];
+      if (slot.m_Valid && slot.m_Allocation > 0) end = std::max(end, slot.m_Location + slot.m_Allocation);
+    }
+  }
+  return end;
+}
+
 void zdb_CheckLinkage::ReadGroups() {
   utl_FileOffset offset = kRfmBlock0Size;
   for (int index = 0; offset != 0; ++index) {

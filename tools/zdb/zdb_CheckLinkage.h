@@ -28,6 +28,9 @@ public:
   // Every object, by handle, with the extents its chain leads to inside the file.
   std::map<int, std::vector<zdb_Extent> > const& Objects() const { return m_Objects; }
   int GroupCount() const { return static_cast<int>(m_Groups.size()); }
+  // Where the database ends, as the library counts it: past block 0, the
+  // last group read and the allocation of every valid slot in use.
+  utl_FileOffset End() const;
 
 private:
   struct Slot {

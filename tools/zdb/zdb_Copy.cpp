@@ -1,10 +1,12 @@
 // zdb compress and zdb decompress: a database copied between the plain and
-// the compressed container, byte for byte of its logical content, then read
-// back and compared.
+// the compressed container, byte for byte of its logical content up to the
+// database's end, then read back and compared.
 
+#include "ZQABasException.h"
 #include "ZQABasUtlFilePath.h"
 #include "rfm_Block0.h"
 #include "rfm_Database.h"
+#include "rfm_DatabaseReprFile.h"
 #include "rfm_File.h"
 #include "rfm_FtpRecord.h"
 #include "zdb_Arguments.h"
@@ -23,9 +25,11 @@ namespace {
 
 constexpr int kBlockSize = 1 << 20;
 
-long long SizeOnDisk(std::string const& name) {
+// The file's size on disk; for a file that stat cannot see (a URL), the
+// size its representation tells.
+long long SizeOnDisk(std::string const& name, utl_FileOffset told) {
   struct stat status;
-  return ::stat(name.c_str(), &status) == 0 ? static_cast<long long>(status.st_size) : -1;
+  return ::stat(name.c_str(), &status) == 0 ? static_cast<long long>(status.st_size) : static_cast<long long>(told);
 }
 
 // Reads exactly count bytes at offset.
@@ -44,8 +48,8 @@ void BlankRecord(utl_FileOffset offset, char* block, int count) {
   if (start < end) std::memset(block + (start - offset), 0, static_cast<std::size_t>(end - start));
 }
 
-utl_FileOffset CopyBytes(rfm_File const& in, rfm_File const& out, std::string const& inName) {
-  utl_FileOffset total = in->Length();
+// Copies the first total bytes of in.
+void CopyBytes(rfm_File const& in, rfm_File const& out, utl_FileOffset total, std::string const& inName) {
   zdb_Progress progress(total);
   std::vector<char> block(kBlockSize);
   for (utl_FileOffset done = 0; done < total;) {
@@ -57,7 +61,6 @@ utl_FileOffset CopyBytes(rfm_File const& in, rfm_File const& out, std::string co
     progress.Update(done);
   }
   progress.Finish();
-  return total;
 }
 
 void Verify(std::string const& inName, std::string const& outName, utl_FileOffset total) {
@@ -100,7 +103,10 @@ int Copy(std::vector<std::string> const& words, bool compress) {
   try {
     rfm_File out = compress ? rfm_File::CreateCompressed(outName.c_str())
                             : rfm_File::Open(outName.c_str(), utl_FileAccessCreate, false);
-    utl_FileOffset total = CopyBytes(in, out, inName);
+    // The database, not what the container claims: bytes past its end
+    // belong to no one, and a damaged count could claim any number.
+    utl_FileOffset const total = std::min(in->Length(), database.Repr().LogicalEnd());
+    CopyBytes(in, out, total, inName);
     if (compress) {
       char const zeros[kRfmFtpRecordSize] = {};
       out->Seek(kRfmFtpRecordOffset);
@@ -111,14 +117,18 @@ int Copy(std::vector<std::string> const& words, bool compress) {
     out->Flush();
     out = rfm_File();
     Verify(inName, outName, total);
-    long long inSize = SizeOnDisk(inName);
-    long long outSize = SizeOnDisk(outName);
+    long long inSize = SizeOnDisk(inName, in->LengthPysical());
+    long long outSize = SizeOnDisk(outName, total);
     std::printf("%s %s (%lld bytes) to %s (%lld bytes, %.1f%%), verified\n", compress ? "compressed" : "decompressed",
                 inName.c_str(), inSize, outName.c_str(), outSize,
                 inSize > 0 ? 100.0 * static_cast<double>(outSize) / static_cast<double>(inSize) : 100.0);
     return kZdbSuccess;
   } catch (zdb_Failure const& e) {
     // A copy that failed is no copy: it goes, so that nobody takes it for one.
+    std::remove(outName.c_str());
+    throw zdb_Failure(std::string(e.what()) + "; the copy was removed");
+  } catch (ZQABasException const& e) {
+    // The library's messages name their file already.
     std::remove(outName.c_str());
     throw zdb_Failure(std::string(e.what()) + "; the copy was removed");
   } catch (std::exception const& e) {

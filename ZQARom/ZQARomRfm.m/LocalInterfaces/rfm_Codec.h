@@ -13,12 +13,9 @@ public:
   // Replaces *out with the encoded form of in's first length bytes.
   virtual void Encode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in, int length) = 0;
   // Decodes all of in into *out, whose size is the most it may produce;
-  // the bytes after the decoded ones are cleared. A stream that does not
-  // decode raises the corruption message.
-  virtual void Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) = 0;
-
-  // Raises the message of a stream that cannot be decoded.
-  [[noreturn]] static void RaiseCorrupt(char const* sourcePath, int line);
+  // the bytes after the decoded ones are cleared. Answers false for a
+  // stream that does not decode: the caller, who knows the file, reports it.
+  [[nodiscard]] virtual bool Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) = 0;
 };
 
 #endif

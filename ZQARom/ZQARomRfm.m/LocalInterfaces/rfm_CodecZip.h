@@ -12,7 +12,7 @@ public:
   explicit rfm_CodecZip(int level) : m_Level(level) {}
 
   void Encode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in, int length) override;
-  void Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) override;
+  [[nodiscard]] bool Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) override;
 
 private:
   int m_Level;

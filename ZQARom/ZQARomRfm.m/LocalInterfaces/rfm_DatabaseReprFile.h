@@ -86,6 +86,10 @@ public:
   // Whether handle names an object: a slot other than 0, in a group that
   // exists, with a location.
   bool HandleOk(rfm_Handle handle) const;
+  // Where the database ends: past block 0, its last group and the
+  // allocation of every extent in use. A writer's file is exactly this long
+  // after each flush; the bytes beyond belong to no one.
+  utl_FileOffset LogicalEnd() const;
   // Grows the file's logical length; when the real file grows, the transfer
   // record follows it.
   void Extend(utl_FileOffset delta);

@@ -7,8 +7,8 @@
 #include "rfm_SegmentReadAhead.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
-#include <vector>
 
 class rfm_Codec;
 
@@ -23,10 +23,12 @@ class rfm_Codec;
 //      12     4  number of segments
 //      16     4  decoded length of the last segment
 //
-// Invariant: the logical size is the segment size times (number of
+// Invariants: the logical size is the segment size times (number of
 // segments - 1) plus the last segment's length; a new table has no
 // segments and a last length of one segment size, which gives 0. Every
-// segment before the last is full.
+// segment before the last is full. Memory follows the segments in use and
+// the streams the file holds, never the number of segments the header
+// claims: segment objects are made as segments are used.
 class rfm_EncodedSegmentTable {
 public:
   // Creates the file; takes ownership of codec.
@@ -67,6 +69,8 @@ private:
   void ReadHeader();
   void WriteHeader();
   void UpdateLastSegmentSize();
+  // The segment at index when it was used already, else null.
+  rfm_EncodedSegment* Existing(int index) const;
 
   // First, so that it is owned even when opening the file fails.
   std::unique_ptr<rfm_Codec> m_Codec;
@@ -77,9 +81,8 @@ private:
   int m_LastSegmentSize;
   // Only on a file opened for reading, whose streams never change.
   std::unique_ptr<rfm_SegmentReadAhead> m_ReadAhead;
-  // Made as they are first used, so a file's size costs no memory until
-  // its segments are touched; m_Segments never reaches past m_NumSegments.
-  std::vector<std::unique_ptr<rfm_EncodedSegment> > m_Segments;
+  // The segments used so far, by index, all below m_NumSegments.
+  std::map<int, std::unique_ptr<rfm_EncodedSegment> > m_Segments;
 };
 
 #endif

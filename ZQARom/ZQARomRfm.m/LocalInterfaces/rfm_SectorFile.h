@@ -39,8 +39,9 @@ public:
 
   // Whether number can name a sector after sector 0: one that exists.
   bool IsLinkable(int number) const { return number > 0 && number < m_UsedSectors; }
-  // Raises the container's corruption message, naming the file.
-  [[noreturn]] void RaiseCorrupt(char const* what) const;
+  // Raises the compressed file's corruption message, naming the file; the
+  // source path and line tell where the damage was found.
+  [[noreturn]] void RaiseCorrupt(char const* sourcePath, int line) const;
 
   int SectorSize() const { return m_SectorSize; }
   int UsedSectors() const { return m_UsedSectors; }

@@ -13,6 +13,7 @@ public:
   // A block of size bytes, not cleared.
   explicit rfm_SegmentBuffer(int size);
   rfm_SegmentBuffer(rfm_SegmentBuffer const& other);
+  rfm_SegmentBuffer(rfm_SegmentBuffer&& other) noexcept { Swap(other); }
   rfm_SegmentBuffer& operator=(rfm_SegmentBuffer const& other);
   ~rfm_SegmentBuffer();
 

@@ -4,15 +4,16 @@
 #include "cow_List.h"
 #include "rfm_SegmentBuffer.h"
 
+#include <map>
+
 class rfm_SegmentBufferHolder;
 
-// The cache's record of one segment index: its buffer, if it has one, and
-// the holder to call before the buffer is taken away. The holder is set
-// only while the segment has released the buffer.
+// The cache's record of one segment index that holds a buffer, and the
+// holder to call before the buffer is taken away. The holder is set only
+// while the segment has released the buffer.
 struct rfm_SegmentBufferEntry {
   rfm_SegmentBuffer m_StreamBuffer;
   rfm_SegmentBufferHolder* m_Holder = nullptr;
-  int m_FetchCount = 0;
 };
 
 // The decoded segments of one compressed file share a budget of 1 MiB of
@@ -24,11 +25,13 @@ struct rfm_SegmentBufferEntry {
 // allocates beyond it rather than fail.
 //
 // Invariants:
-// - An index is in m_Lru at most once, and exactly when its entry holds a
-//   buffer; so m_Lru's length is the number of buffers held.
+// - m_Entries holds exactly the indices that hold a buffer, and m_Lru lists
+//   each of them once; so memory follows the buffers held, never the
+//   indices a file claims.
 // - An entry's holder is null while its segment uses the buffer.
-// - Entries are only ever appended, and the list is never shared, so an
-//   entry (and the buffer pointer Fetch hands out) stays where it is.
+// - An entry stays where it is while it exists, so the buffer pointer Fetch
+//   hands out is good until the buffer is taken back.
+// - A call that raises (a holder that cannot save) changes nothing.
 class rfm_SegmentBufferCache {
 public:
   static constexpr int kBudget = 1 << 20;
@@ -37,7 +40,9 @@ public:
   rfm_SegmentBufferCache() = default;
   explicit rfm_SegmentBufferCache(int bufferSize);
 
-  // The buffer of index, holding its old bytes if it still has it.
+  // The buffer of index, holding its old bytes if it still has it. A new
+  // buffer may first have to be taken from a released segment, whose
+  // holder saves it; when that raises, nothing has changed.
   rfm_SegmentBuffer* Fetch(int index);
   // The segment at index no longer uses its buffer; holder saves it if the
   // cache takes it.
@@ -51,14 +56,16 @@ public:
   cow_List<int> const& Lru() const { return m_Lru; }
 
 private:
-  void ReclaimBuffer(rfm_SegmentBuffer* out);
+  // A buffer for a new entry: a fresh one while the budget allows or when
+  // every buffer is in use, otherwise the oldest released one, saved first.
+  rfm_SegmentBuffer ReclaimBuffer();
   int NextToReclaim() const;
   void InsertLru(int index) { m_Lru.Append(index); }
   void RemoveLru(int index);
 
   int m_BufferLimit = 0;
   int m_BufferSize = 0;
-  cow_List<rfm_SegmentBufferEntry> m_Entries;
+  std::map<int, rfm_SegmentBufferEntry> m_Entries;
   cow_List<int> m_Lru;
 };
 

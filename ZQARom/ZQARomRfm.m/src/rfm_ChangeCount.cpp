@@ -9,12 +9,13 @@ constexpr utl_FileOffset kChangeCountPosition = 4;
 int rfm_FlushChangeCount(rfm_IOBuffer& buffer, int& count) {
   if (buffer.ReadOnly()) return 0;
   utl_FileOffset location = buffer.Location();
-  ++count;
+  // Raised only once written: a flush that fails is done again with the
+  // same count.
   buffer.Seek(kChangeCountPosition);
-  buffer.WriteInt(count);
+  buffer.WriteInt(count + 1);
   buffer.Flush();
   buffer.Seek(location);
-  return count;
+  return ++count;
 }
 
 int rfm_SnapChangeCount(rfm_IOBuffer& buffer, int databaseFlushCount, int& flushCountSeen, int& count) {

@@ -26,11 +26,12 @@ void rfm_CodecZip::Encode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in, i
   out->Swap(encoded);
 }
 
-void rfm_CodecZip::Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) {
+bool rfm_CodecZip::Decode(rfm_SegmentBuffer* out, rfm_SegmentBuffer const& in) {
   unsigned long decodedLength = static_cast<unsigned long>(out->Size());
   int result = zip_uncompress(Bytes(out->Data()), &decodedLength, Bytes(in.Data()),
                               static_cast<unsigned long>(in.Size()));
-  if (result != 0) RaiseCorrupt(kSourcePath, __LINE__);
+  if (result != 0) return false;
   auto const size = static_cast<unsigned long>(out->Size());
   if (decodedLength < size) std::memset(out->Data() + decodedLength, 0, size - decodedLength);
+  return true;
 }

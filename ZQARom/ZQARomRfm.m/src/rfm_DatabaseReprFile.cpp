@@ -6,6 +6,7 @@
 #include "rfm_ArrayRepr.h"
 #include "rfm_Block0.h"
 #include "rfm_DBMetadata.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_FileException.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
@@ -13,7 +14,6 @@
 #include "rfm_SpaceReprFile.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <exception>
 
@@ -107,13 +107,11 @@ rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
 rfm_DatabaseReprFile::rfm_DatabaseReprFile(rfm_File const& file) : m_File(file) {}
 
 rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
-  // A destructor cannot raise: a failure to close is reported, and the file
-  // keeps the state of its last successful flush.
-  try {
-    if (m_Opened) Close();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  // A failure to close leaves the file at the state of its last successful
+  // flush. So does an exception on its way out (a write failed on a full
+  // disk): the objects may be halfway through a change, and a flush now
+  // would vouch for that half.
+  if (m_Opened && std::uncaught_exceptions() == 0) rfm_FlushInDestructor([this] { Close(); });
   // The catalogue writes strings to the pool, so it goes first.
   delete m_Metadata;
   m_Metadata = nullptr;
@@ -202,6 +200,11 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
   } else if (!LoadSteadyGroupList(m_Groups, kOpenReadings)) {
     RaiseCorrupt(__LINE__);
   }
+  // Bytes the file claims beyond the database's end and does not store are
+  // no part of it, written by no one: a damaged count in a compressed
+  // file's header. Whoever copied or checked the whole file would work
+  // through all of them.
+  if (file.LengthLogical() > std::max(LogicalEnd(), file.LengthStored())) RaiseCorrupt(__LINE__);
   m_StringManager.Open(OpenWellKnownSpace(kRfmStringPoolHandle, kRfmStringPoolMagic,
                                          "***ERROR: String space object is not where it belongs."));
   m_Metadata = new rfm_DBMetadata(OpenWellKnownSpace(kRfmMetadataHandle, kRfmMetadataMagic,
@@ -325,6 +328,18 @@ bool rfm_DatabaseReprFile::LoadSteadyGroupList(GroupList& groups, int readings) 
     previous.swap(bytes);
   }
   return false;
+}
+
+utl_FileOffset rfm_DatabaseReprFile::LogicalEnd() const {
+  utl_FileOffset end = kRfmBlock0Size;
+  for (auto const& group : m_Groups) {
+    end = std::max(end, group->m_Offset + kGroupSize);
+    for (int slot = 1; slot < group->m_Used; ++slot) {
+      rfm_Linkage const& link = group->m_Linkages[slot];
+      if (link.m_Allocation > 0) end = std::max(end, link.m_Location + link.m_Allocation);
+    }
+  }
+  return end;
 }
 
 void rfm_DatabaseReprFile::Extend(utl_FileOffset delta) {

@@ -15,9 +15,17 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_EncodedSegment";
 }
 
 void rfm_EncodedSegment::Arm() {
-  if (++m_Armed != 1) return;
-  m_Buffer = m_Cache.Fetch(m_Index);
-  ZQA_ASSERT(kSourcePath, m_DecodedLength <= m_Buffer->Size());
+  if (m_Armed > 0) {
+    ++m_Armed;
+    return;
+  }
+  // Fetching may first save another segment to free its buffer, and that
+  // can fail (a full disk): the segment counts as armed only once it holds
+  // its buffer, so a failure leaves it as it was.
+  rfm_SegmentBuffer* buffer = m_Cache.Fetch(m_Index);
+  ZQA_ASSERT(kSourcePath, m_DecodedLength <= buffer->Size());
+  m_Buffer = buffer;
+  m_Armed = 1;
   if (m_Loaded) return;
   try {
     Load();
@@ -46,7 +54,7 @@ void rfm_EncodedSegment::Load() {
   if (m_Sectors.HasStream(m_Index)) {
     rfm_SegmentBuffer encoded;
     ReadStream(m_Sectors, m_Index, m_Buffer->Size(), &encoded);
-    m_Codec.Decode(m_Buffer, encoded);
+    if (!m_Codec.Decode(m_Buffer, encoded)) m_Sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
   } else {
     // A segment never saved reads as zeros, so no byte of the file is
     // undefined.
@@ -62,11 +70,11 @@ void rfm_EncodedSegment::ReadStream(rfm_SectorArray& sectors, int index, int dec
   // wrote is shorter than the encoder's worst case for a whole segment.
   if (reader.Length() < rfm_SectorRead::kLengthSize ||
       reader.Length() - rfm_SectorRead::kLengthSize > decodedSize + decodedSize / 10 + 12) {
-    rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
+    sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
   }
   int encodedLength = reader.Length() - rfm_SectorRead::kLengthSize;
   rfm_SegmentBuffer stream(encodedLength);
-  if (reader.Read(stream.Data(), encodedLength) != encodedLength) rfm_Codec::RaiseCorrupt(kSourcePath, __LINE__);
+  if (reader.Read(stream.Data(), encodedLength) != encodedLength) sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
   encoded->Swap(stream);
 }
 

@@ -40,22 +40,24 @@ rfm_EncodedSegmentTable::~rfm_EncodedSegmentTable() = default;
 void rfm_EncodedSegmentTable::ReadHeader() {
   char words[kHeaderWords * kWordSize];
   std::int32_t tmp[kHeaderWords];
-  int cnt = m_Sectors.ReadMeta(words, sizeof words);
-  ZQA_ASSERT(kSourcePath, cnt == sizeof(tmp));
+  if (m_Sectors.ReadMeta(words, sizeof words) != static_cast<int>(sizeof words)) {
+    m_Sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
+  }
   for (int word = 0; word < kHeaderWords; ++word) {
     tmp[word] = rfm_IntConverter::Internalize(rfm_FileOrder(), words + word * kWordSize);
   }
-  ZQA_ASSERT(kSourcePath, tmp[0] == MAGIC);
-  ZQA_ASSERT(kSourcePath, tmp[1] == CURRENT_VERSION);
+  if (tmp[kMagicWord] != MAGIC || tmp[kVersionWord] != CURRENT_VERSION) {
+    m_Sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
+  }
   m_SegmentSize = tmp[kSegmentSizeWord];
   m_NumSegments = tmp[kNumSegmentsWord];
   m_LastSegmentSize = tmp[kLastSegmentSizeWord];
   if (m_SegmentSize <= 0 || m_SegmentSize > kLargestSegmentSize) {
-    m_Sectors.File().RaiseCorrupt("the segment size is impossible");
+    m_Sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
   }
   if (m_NumSegments < 0 || m_LastSegmentSize < 0 || m_LastSegmentSize > m_SegmentSize ||
       (m_NumSegments == 0 && m_LastSegmentSize != m_SegmentSize)) {
-    m_Sectors.File().RaiseCorrupt("the segment count or the last segment's length is impossible");
+    m_Sectors.File().RaiseCorrupt(kSourcePath, __LINE__);
   }
   m_Cache = rfm_SegmentBufferCache(m_SegmentSize);
 }
@@ -70,37 +72,41 @@ void rfm_EncodedSegmentTable::WriteHeader() {
   m_Sectors.WriteMeta(words, sizeof words);
 }
 
+rfm_EncodedSegment* rfm_EncodedSegmentTable::Existing(int index) const {
+  auto found = m_Segments.find(index);
+  return found == m_Segments.end() ? nullptr : found->second.get();
+}
+
 void rfm_EncodedSegmentTable::UpdateLastSegmentSize() {
-  if (m_NumSegments > 0 && static_cast<int>(m_Segments.size()) == m_NumSegments && m_Segments.back()) {
-    m_LastSegmentSize = m_Segments.back()->DecodedLength();
+  if (rfm_EncodedSegment const* last = m_NumSegments > 0 ? Existing(m_NumSegments - 1) : nullptr) {
+    m_LastSegmentSize = last->DecodedLength();
   }
 }
 
 rfm_EncodedSegment* rfm_EncodedSegmentTable::GetSegment(int index) {
   ZQA_ASSERT(kSourcePath, index >= 0);
-  if (index >= m_NumSegments) {
+  if (rfm_EncodedSegment* existing = Existing(index)) return existing;
+  bool const beyond = index >= m_NumSegments;
+  int const length = beyond ? 0 : index == m_NumSegments - 1 ? m_LastSegmentSize : m_SegmentSize;
+  std::unique_ptr<rfm_EncodedSegment> made(
+      new rfm_EncodedSegment(index, m_Sectors, m_Cache, *m_Codec, length, m_ReadAhead.get()));
+  rfm_EncodedSegment* segment = made.get();
+  m_Segments.emplace(index, std::move(made));
+  if (beyond) {
     // The last segment is no longer last: it counts as full from now on.
-    if (m_NumSegments > 0 && static_cast<int>(m_Segments.size()) == m_NumSegments && m_Segments.back()) {
-      m_Segments.back()->Extend(m_SegmentSize);
+    if (rfm_EncodedSegment* last = m_NumSegments > 0 ? Existing(m_NumSegments - 1) : nullptr) {
+      last->Extend(m_SegmentSize);
     }
     m_LastSegmentSize = 0;
     m_NumSegments = index + 1;
   }
-  if (index >= static_cast<int>(m_Segments.size())) m_Segments.resize(static_cast<std::size_t>(index) + 1);
-  std::unique_ptr<rfm_EncodedSegment>& segment = m_Segments[static_cast<std::size_t>(index)];
-  if (!segment) {
-    int length = index >= m_NumSegments - 1 ? m_LastSegmentSize : m_SegmentSize;
-    segment.reset(new rfm_EncodedSegment(index, m_Sectors, m_Cache, *m_Codec, length, m_ReadAhead.get()));
-  }
-  return segment.get();
+  return segment;
 }
 
 void rfm_EncodedSegmentTable::ReadAhead(int index) {
   if (!m_ReadAhead || m_ReadAhead->Has(index) || index >= m_NumSegments || !m_Sectors.HasStream(index)) return;
-  if (index < static_cast<int>(m_Segments.size())) {
-    rfm_EncodedSegment const* segment = m_Segments[static_cast<std::size_t>(index)].get();
-    if (segment && (segment->IsLoaded() || segment->IsArmed())) return;
-  }
+  rfm_EncodedSegment const* segment = Existing(index);
+  if (segment && (segment->IsLoaded() || segment->IsArmed())) return;
   m_ReadAhead->Drop();
   rfm_SegmentBuffer encoded;
   try {
@@ -117,37 +123,36 @@ void rfm_EncodedSegmentTable::Trim(int index) {
   ZQA_ASSERT(kSourcePath, index >= 0);
   // A dropped segment's cache entry must not call it back; its stream stays
   // in the file and is reused if the segment comes back.
-  for (std::size_t dropped = static_cast<std::size_t>(index); dropped < m_Segments.size(); ++dropped) {
-    if (!m_Segments[dropped]) continue;
-    ZQA_ASSERT(kSourcePath, !m_Segments[dropped]->IsArmed());
-    m_Cache.Forget(static_cast<int>(dropped));
+  auto const first = m_Segments.lower_bound(index);
+  for (auto dropped = first; dropped != m_Segments.end(); ++dropped) {
+    ZQA_ASSERT(kSourcePath, !dropped->second->IsArmed());
+    m_Cache.Forget(dropped->first);
   }
-  if (static_cast<int>(m_Segments.size()) > index) m_Segments.resize(static_cast<std::size_t>(index));
+  m_Segments.erase(first, m_Segments.end());
   m_NumSegments = index;
   m_LastSegmentSize = m_SegmentSize;
 }
 
 void rfm_EncodedSegmentTable::Flush() {
-  for (auto& segment : m_Segments) {
-    if (segment) segment->Flush();
-  }
+  for (auto& segment : m_Segments) segment.second->Flush();
   WriteHeader();
   m_Sectors.Flush();
 }
 
 bool rfm_EncodedSegmentTable::HoldsData(int index) const {
   if (m_Sectors.HasStream(index)) return true;
-  return index >= 0 && index < static_cast<int>(m_Segments.size()) && m_Segments[static_cast<std::size_t>(index)] &&
-         m_Segments[static_cast<std::size_t>(index)]->IsDirty();
+  rfm_EncodedSegment const* segment = Existing(index);
+  return segment && segment->IsDirty();
 }
 
 std::int64_t rfm_EncodedSegmentTable::StoredSize() {
   // Streams exist only below the stream table's count, which the file's
-  // sectors bound, so a damaged segment count costs no long search.
+  // sectors bound, and dirty segments only among those in use: a damaged
+  // segment count costs no long search.
   int last = std::min(m_NumSegments, m_Sectors.NumStreams()) - 1;
   while (last >= 0 && !m_Sectors.HasStream(last)) --last;
-  for (int index = static_cast<int>(m_Segments.size()) - 1; index > last; --index) {
-    if (HoldsData(index)) last = index;
+  for (auto const& segment : m_Segments) {
+    if (segment.first > last && segment.second->IsDirty()) last = segment.first;
   }
   return std::min(FileSize(), std::int64_t(last + 1) * m_SegmentSize);
 }

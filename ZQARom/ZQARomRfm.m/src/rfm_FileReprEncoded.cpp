@@ -1,13 +1,12 @@
 #include "rfm_FileReprEncoded.h"
 
 #include "ZQABasAssert.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_FileException.h"
 #include "utl_File.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_FileReprEncoded";
@@ -28,13 +27,7 @@ rfm_FileReprEncoded::rfm_FileReprEncoded(cow_String const& name, utl_FileAccess 
 }
 
 rfm_FileReprEncoded::~rfm_FileReprEncoded() {
-  // A destructor cannot raise: a failed flush is reported, and the file
-  // keeps what its last successful flush wrote.
-  try {
-    if (!m_ReadOnly) Flush();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  if (!m_ReadOnly) rfm_FlushInDestructor([this] { Flush(); });
   m_CurrentSegment.Reset();
   m_FirstSegment.Reset();
 }
@@ -105,8 +98,11 @@ int rfm_FileReprEncoded::Write(char const* buffer, int count) {
     moved += step;
     m_Location += step;
     m_SegmentOffset += step;
+    // At every step: moving on to the next segment can fail (a full disk
+    // while a segment is saved to free a buffer), and the bytes already
+    // written then belong to the file.
+    if (m_Location > m_LogicalFileSize) m_LogicalFileSize = m_PhysicalFileSize = m_Location;
   }
-  if (m_Location > m_LogicalFileSize) m_LogicalFileSize = m_PhysicalFileSize = m_Location;
   return count;
 }
 

@@ -56,10 +56,13 @@ int rfm_FileReprLocal::Write(char const* buffer, int count) {
 bool rfm_FileReprLocal::FileExtend(utl_FileOffset delta) {
   if (m_ReadOnly) RaiseReadOnly(__LINE__);
   if (delta < 0) rfm_FileBadParameterExc("rfm_FileReprLocal::FileExtend").Throw(kSourcePath, __LINE__);
-  m_LogicalFileSize += delta;
-  utl_FileOffset rounded = (m_LogicalFileSize + kPreallocationStep - 1) / kPreallocationStep * kPreallocationStep;
-  if (!m_Preallocate || rounded <= m_PhysicalFileSize) return false;
-  m_File.Extend(rounded);
+  utl_FileOffset const logical = m_LogicalFileSize + delta;
+  utl_FileOffset rounded = (logical + kPreallocationStep - 1) / kPreallocationStep * kPreallocationStep;
+  bool const grows = m_Preallocate && rounded > m_PhysicalFileSize;
+  // The logical length follows only a real file that could grow.
+  if (grows) m_File.Extend(rounded);
+  m_LogicalFileSize = logical;
+  if (!grows) return false;
   m_PhysicalFileSize = rounded;
   return true;
 }

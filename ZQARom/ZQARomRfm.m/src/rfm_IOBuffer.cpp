@@ -2,14 +2,13 @@
 
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_Exc.h"
 #include "rfm_FileException.h"
 #include "rfm_StringManager.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -24,11 +23,7 @@ rfm_IOBuffer::rfm_IOBuffer(rfm_IOS* underlying, int size)
       m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {}
 
 rfm_IOBuffer::~rfm_IOBuffer() {
-  try {
-    LocalFlush();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  rfm_FlushInDestructor([this] { LocalFlush(); });
 }
 
 void rfm_IOBuffer::BufferBeginRead() {

@@ -14,9 +14,9 @@ int rfm_Sector::Size() const { return m_File->SectorSize() - kLinkSize; }
 rfm_Sector rfm_Sector::Next() const {
   if (IsNull()) return *this;
   char link[kLinkSize];
-  if (m_File->Read(m_Number, Size(), link, kLinkSize) != kLinkSize) m_File->RaiseCorrupt("a sector is cut short");
+  if (m_File->Read(m_Number, Size(), link, kLinkSize) != kLinkSize) m_File->RaiseCorrupt(kSourcePath, __LINE__);
   int next = rfm_IntConverter::Internalize(rfm_FileOrder(), link);
-  if (next != kNull && !m_File->IsLinkable(next)) m_File->RaiseCorrupt("a sector links to no sector");
+  if (next != kNull && !m_File->IsLinkable(next)) m_File->RaiseCorrupt(kSourcePath, __LINE__);
   return rfm_Sector(next, m_File);
 }
 

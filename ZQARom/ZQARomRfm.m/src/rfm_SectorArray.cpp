@@ -84,30 +84,32 @@ void rfm_SectorArray::WriteHeader() {
 }
 
 void rfm_SectorArray::ReadHeader() {
+  // Whatever the file holds is checked before use: a file cut short, another
+  // magic or version is damage, reported with the file's name.
   rfm_Sector zero = SectorZero();
+  if (m_File.UsedSectors() < 1) m_File.RaiseCorrupt(kSourcePath, __LINE__);
   char magic[kMagicSize];
-  int cnt = m_File.UsedSectors() > 0 ? zero.Read(magic, sizeof(magic), 0) : 0;
-  ZQA_ASSERT(kSourcePath, cnt == sizeof(magic));
-  ZQA_ASSERT(kSourcePath, strncmp( magic, MAGIC, sizeof(magic) ) == 0);
   char words[kHeaderWords * kCellSize];
-  cnt = zero.Read(words, sizeof words, kMagicSize);
+  if (zero.Read(magic, sizeof magic, 0) != kMagicSize || std::memcmp(magic, MAGIC, kMagicSize) != 0 ||
+      zero.Read(words, sizeof words, kMagicSize) != static_cast<int>(sizeof words)) {
+    m_File.RaiseCorrupt(kSourcePath, __LINE__);
+  }
   std::int32_t tmp[kHeaderWords];
-  ZQA_ASSERT(kSourcePath, cnt == sizeof(tmp));
   for (int word = 0; word < kHeaderWords; ++word) {
     tmp[word] = rfm_IntConverter::Internalize(rfm_FileOrder(), words + word * kCellSize);
   }
-  ZQA_ASSERT(kSourcePath, tmp[HEADER_VERSION] == CURRENT_VERSION);
+  if (tmp[HEADER_VERSION] != CURRENT_VERSION) m_File.RaiseCorrupt(kSourcePath, __LINE__);
   m_MetaSize = tmp[META_SIZE];
   m_NumStreams = tmp[NUM_STREAMS];
 
   // The table needs sectors of its own: a count they cannot hold is damage,
   // caught before it sizes anything.
   if (m_MetaSize < 0 || m_MetaSize > zero.Size() - kHeaderSize) {
-    m_File.RaiseCorrupt("the header's metadata size is impossible");
+    m_File.RaiseCorrupt(kSourcePath, __LINE__);
   }
   int const firstCells = (zero.Size() - kHeaderSize - m_MetaSize) / kCellSize;
   std::int64_t const room = firstCells + std::int64_t(zero.Size() / kCellSize) * (m_File.UsedSectors() - 1);
-  if (m_NumStreams < 0 || m_NumStreams > room) m_File.RaiseCorrupt("the header's stream count is impossible");
+  if (m_NumStreams < 0 || m_NumStreams > room) m_File.RaiseCorrupt(kSourcePath, __LINE__);
 }
 
 void rfm_SectorArray::WriteStreams() {
@@ -145,12 +147,12 @@ void rfm_SectorArray::ReadStreams() {
     int count = std::min((sector.Size() - offset) / kCellSize, remaining);
     char cells[kSectorSize];
     if (sector.Read(cells, count * kCellSize, offset) != count * kCellSize) {
-      m_File.RaiseCorrupt("the stream table is cut short");
+      m_File.RaiseCorrupt(kSourcePath, __LINE__);
     }
     for (int place = 0; place < count; ++place, ++index) {
       int first = rfm_IntConverter::Internalize(rfm_FileOrder(), cells + place * kCellSize);
       if (first == 0) continue;
-      if (!m_File.IsLinkable(first)) m_File.RaiseCorrupt("a stream begins at no sector");
+      if (!m_File.IsLinkable(first)) m_File.RaiseCorrupt(kSourcePath, __LINE__);
       owned.push_back(first);
       m_Streams.SetCell(index, static_cast<unsigned int>(first));
     }
@@ -159,7 +161,8 @@ void rfm_SectorArray::ReadStreams() {
     sector = sector.Next();
     offset = 0;
   }
-  ZQA_ASSERT(kSourcePath, remaining == 0);
+  // The table's own chain ended before its last entry.
+  if (remaining != 0) m_File.RaiseCorrupt(kSourcePath, __LINE__);
   std::sort(owned.begin(), owned.end());
-  if (std::adjacent_find(owned.begin(), owned.end()) != owned.end()) m_File.RaiseCorrupt("two chains share a sector");
+  if (std::adjacent_find(owned.begin(), owned.end()) != owned.end()) m_File.RaiseCorrupt(kSourcePath, __LINE__);
 }

@@ -3,13 +3,12 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -30,13 +29,11 @@ rfm_SectorFile::rfm_SectorFile(cow_String const& name, int sectorSize, int acces
 }
 
 rfm_SectorFile::~rfm_SectorFile() {
-  // A destructor cannot raise; a failed cut leaves spare sectors at the
-  // end, which a later open reads as used sectors no stream links to.
-  try {
+  // A failed cut leaves spare sectors at the end, which a later open reads
+  // as used sectors no stream links to.
+  rfm_FlushInDestructor([this] {
     if (m_UsedSectors != m_AllocatedSectors) m_File.Extend(SectorStart(m_UsedSectors, m_SectorSize));
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  });
 }
 
 int rfm_SectorFile::NewSector() {
@@ -44,10 +41,13 @@ int rfm_SectorFile::NewSector() {
     m_File.Extend(SectorStart(m_AllocatedSectors + kGrowthSectors, m_SectorSize));
     m_AllocatedSectors += kGrowthSectors;
   }
-  int number = m_UsedSectors++;
+  // Counted only once its link is written: a write that fails (a full
+  // disk) leaves no sector in use that ends its chain nowhere.
+  int number = m_UsedSectors;
   char link[4];
   rfm_IntConverter::Externalize(rfm_FileOrder(), link, kNullSector);
   Write(number, m_SectorSize - static_cast<int>(sizeof link), link, sizeof link);
+  ++m_UsedSectors;
   return number;
 }
 
@@ -81,8 +81,10 @@ void rfm_SectorFile::Prefetch(int number, int sectors) {
   m_RunSectors = m_File.Read(m_Run.data(), static_cast<int>(m_Run.size())) / m_SectorSize;
 }
 
-void rfm_SectorFile::RaiseCorrupt(char const* what) const {
-  nex_ThrowMessage(kSourcePath, __LINE__,
-                   atr_SubstituteFormat(atr_translate("***ERROR: Compressed database file %s is corrupt: %s."),
-                                        Name(), what));
+void rfm_SectorFile::RaiseCorrupt(char const* sourcePath, int line) const {
+  // The design's sentence for a damaged compressed file names no file; the
+  // name follows on a line of its own, as in the plain file's corruption
+  // message, so that the user learns which file it is.
+  nex_ThrowMessage(sourcePath, line,
+                   atr_SubstituteFormat("%s\n  %s", atr_translate("***ERROR: ZAE database is corrupt."), Name()));
 }

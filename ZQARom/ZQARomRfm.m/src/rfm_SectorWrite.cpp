@@ -4,17 +4,6 @@
 #include "rfm_IntConverter.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <exception>
-
-rfm_SectorWrite::~rfm_SectorWrite() {
-  if (m_Committed) return;
-  try {
-    Commit();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
-}
 
 int rfm_SectorWrite::Write(char const* buffer, int count) {
   int moved = 0;
@@ -36,5 +25,4 @@ void rfm_SectorWrite::Commit() {
   char length[rfm_SectorRead::kLengthSize];
   rfm_IntConverter::Externalize(rfm_FileOrder(), length, m_Length);
   m_First.Write(length, rfm_SectorRead::kLengthSize, 0);
-  m_Committed = true;
 }

@@ -3,6 +3,8 @@
 #include "ZQABasAssert.h"
 #include "rfm_SegmentBufferHolder.h"
 
+#include <utility>
+
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_SegmentBufferCache";
 }
@@ -11,53 +13,47 @@ rfm_SegmentBufferCache::rfm_SegmentBufferCache(int bufferSize)
     : m_BufferLimit(kBudget / bufferSize), m_BufferSize(bufferSize) {}
 
 rfm_SegmentBuffer* rfm_SegmentBufferCache::Fetch(int index) {
-  if (index >= m_Entries.Length()) {
-    m_Entries.Resize(index + 1);
-    ZQA_ASSERT(kSourcePath, m_Entries.Length() == index + 1);
+  auto found = m_Entries.find(index);
+  if (found == m_Entries.end()) {
+    rfm_SegmentBuffer buffer = ReclaimBuffer();
+    found = m_Entries.emplace(index, rfm_SegmentBufferEntry()).first;
+    found->second.m_StreamBuffer.Swap(buffer);
+  } else {
+    RemoveLru(index);
   }
-  RemoveLru(index);
-  rfm_SegmentBufferEntry& entry = m_Entries.Get(index);
-  if (entry.m_StreamBuffer.Size() == 0) ReclaimBuffer(&entry.m_StreamBuffer);
-  entry.m_Holder = nullptr;
-  ++entry.m_FetchCount;
+  found->second.m_Holder = nullptr;
   InsertLru(index);
-  return &entry.m_StreamBuffer;
+  return &found->second.m_StreamBuffer;
 }
 
 void rfm_SegmentBufferCache::Release(int index, rfm_SegmentBufferHolder* holder) {
-  ZQA_ASSERT(kSourcePath, index < m_Entries.Length());
+  auto found = m_Entries.find(index);
+  ZQA_ASSERT(kSourcePath, found != m_Entries.end());
   ZQA_ASSERT(kSourcePath, holder);
-  rfm_SegmentBufferEntry& entry = m_Entries.Get(index);
-  ZQA_ASSERT(kSourcePath, entry.m_StreamBuffer.Size() > 0);
-  entry.m_Holder = holder;
+  found->second.m_Holder = holder;
 }
 
 void rfm_SegmentBufferCache::Forget(int index) {
-  if (index >= m_Entries.Length()) return;
-  rfm_SegmentBufferEntry& entry = m_Entries.Get(index);
-  rfm_SegmentBuffer().Swap(entry.m_StreamBuffer);
-  entry.m_Holder = nullptr;
-  RemoveLru(index);
+  if (m_Entries.erase(index) != 0) RemoveLru(index);
 }
 
-void rfm_SegmentBufferCache::ReclaimBuffer(rfm_SegmentBuffer* out) {
+rfm_SegmentBuffer rfm_SegmentBufferCache::ReclaimBuffer() {
   int victim = m_Lru.Length() < m_BufferLimit ? -1 : NextToReclaim();
-  if (victim < 0) {
-    rfm_SegmentBuffer fresh(m_BufferSize);
-    out->Swap(fresh);
-    return;
-  }
-  rfm_SegmentBufferEntry& entry = m_Entries.Get(victim);
-  entry.m_Holder->DiscardBuffer(victim, &entry.m_StreamBuffer);
-  entry.m_Holder = nullptr;
-  out->Swap(entry.m_StreamBuffer);
+  if (victim < 0) return rfm_SegmentBuffer(m_BufferSize);
+  auto found = m_Entries.find(victim);
+  // May raise: the victim then keeps its buffer, its holder and its place.
+  found->second.m_Holder->DiscardBuffer(victim, &found->second.m_StreamBuffer);
+  rfm_SegmentBuffer buffer;
+  buffer.Swap(found->second.m_StreamBuffer);
+  m_Entries.erase(found);
   RemoveLru(victim);
+  return buffer;
 }
 
 int rfm_SegmentBufferCache::NextToReclaim() const {
   for (int place = 0; place < m_Lru.Length(); ++place) {
     int index = m_Lru[place];
-    if (m_Entries[index].m_Holder != nullptr) return index;
+    if (m_Entries.at(index).m_Holder != nullptr) return index;
   }
   return -1;
 }

@@ -3,7 +3,6 @@
 #include "rfm_Codec.h"
 
 #include <chrono>
-#include <exception>
 
 namespace {
 
@@ -84,12 +83,7 @@ void rfm_SegmentReadAhead::Work() {
     lock.unlock();
     // The buffers belong to the job until m_Done is set: the reader's thread
     // only waits for it meanwhile.
-    bool failed = false;
-    try {
-      m_Codec.Decode(&m_Decoded, m_Encoded);
-    } catch (std::exception const&) {
-      failed = true;
-    }
+    bool const failed = !m_Codec.Decode(&m_Decoded, m_Encoded);
     lock.lock();
     m_Failed = failed;
     m_Done = true;

@@ -144,9 +144,13 @@ void rfm_SpaceReprFile::Extend(utl_FileOffset delta) {
   m_Database->MakeDirty(last);
   utl_FileOffset grown = RoundUp(extent->m_Allocation + need, m_Quantum);
   utl_FileOffset increase = grown - extent->m_Allocation;
+  // The file grows first: when it cannot (a full disk, a size limit), the
+  // extent claims no bytes beyond the file's end, where the next extent or
+  // group would then be placed over them.
+  m_Database->Extend(increase);
+  extent = &m_Database->Linkage(last);
   extent->m_Allocation = grown;
   m_Allocation += increase;
-  m_Database->Extend(increase);
 }
 
 int rfm_SpaceReprFile::Write(char const* buffer, int count) {

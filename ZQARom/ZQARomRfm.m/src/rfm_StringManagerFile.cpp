@@ -92,7 +92,9 @@ utl_FileOffset rfm_StringManagerFile::String(cow_String const& text) {
 
 void rfm_StringManagerFile::Flush() {
   if (m_Pending.empty() || m_Space->ReadOnly()) return;
-  utl_FileOffset end = m_Space->Length();
+  // Where the first pending record belongs, not the space's length: a
+  // flush that failed half way (a full disk) may have grown that already.
+  utl_FileOffset end = *m_Name2Offset.Find(m_Pending.front());
   utl_FileOffset unwritten = m_NextFree - end;
   ZQA_ASSERT(kSourcePath, unwritten > 0 && unwritten <= INT_MAX);
   std::vector<char> bytes(static_cast<std::size_t>(unwritten), '\0');

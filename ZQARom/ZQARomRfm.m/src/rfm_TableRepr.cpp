@@ -4,6 +4,8 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "omi_BtreeIterator.h"
+#include "rfm_DatabaseRepr.h"
+#include "rfm_DestructorFlush.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"
@@ -11,7 +13,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <exception>
 
 namespace {
 
@@ -75,11 +76,7 @@ rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_Handle const& han
 }
 
 rfm_TableRepr::~rfm_TableRepr() {
-  try {
-    Flush();
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
-  }
+  rfm_FlushInDestructor([this] { Flush(); });
   // No row is held: a held row would hold the table.
   for (CacheEntry const& entry : m_Cache) delete entry.m_Repr;
   for (rfm_RowRepr* spare : m_Spares) delete spare;
@@ -305,14 +302,18 @@ void rfm_TableRepr::CullCache() {
 
 int rfm_TableRepr::Flush() {
   if (!m_Dirty) return m_TableFlushCount;
-  m_Dirty = false;
-  if (ReadOnly()) return 0;
+  if (ReadOnly()) {
+    m_Dirty = false;
+    return 0;
+  }
+  // The table counts as clean and its count as raised only once every
+  // write arrived: a flush that fails (a full disk) is done again whole.
   FlushOrCull(false);
-  ++m_TableFlushCount;
   m_Buffer.Seek(kFlushCountOffset);
-  m_Buffer.WriteInt(m_TableFlushCount);
+  m_Buffer.WriteInt(m_TableFlushCount + 1);
   m_Buffer.Flush();
-  return m_TableFlushCount;
+  m_Dirty = false;
+  return ++m_TableFlushCount;
 }
 
 int rfm_TableRepr::Snap() {

@@ -2,6 +2,7 @@
 #include "rfm_File.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_SectorArray.h"
+#include "rfm_SegmentBufferCache.h"
 #include "rfm_TestAssertion.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
@@ -10,9 +11,14 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <csignal>
+#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <sys/resource.h>
 
 namespace {
 
@@ -27,6 +33,18 @@ std::string Pattern(int length, int seed) {
   std::string bytes;
   for (int i = 0; i < length; ++i) bytes.push_back(static_cast<char>((i * 7 + seed * 13 + i / 97) % 251));
   return bytes;
+}
+
+// Writes bytes as stream index and stores its length.
+void WriteStream(rfm_SectorArray& sectors, int index, std::string const& bytes) {
+  rfm_SectorWrite writer = sectors.GetStreamWrite(index);
+  writer.Write(bytes.data(), static_cast<int>(bytes.size()));
+  writer.Commit();
+}
+
+// The compressed file's corruption message for the file at name.
+std::string Corrupt(cow_String const& name) {
+  return std::string("***ERROR: ZAE database is corrupt.\n  ") + name.CStr();
 }
 
 std::unique_ptr<rfm_FileReprEncoded> CreateWithSegments(cow_String const& name, int segmentSize) {
@@ -103,9 +121,9 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
   std::string const spills = Pattern(4089, 2);
   {
     rfm_SectorArray sectors(name, kMetadata);
-    sectors.GetStreamWrite(0).Write(fits.data(), 4088);
+    WriteStream(sectors, 0, fits);
     EXPECT_EQ(2, sectors.File().UsedSectors());
-    sectors.GetStreamWrite(1).Write(spills.data(), 4089);
+    WriteStream(sectors, 1, spills);
     EXPECT_EQ(4, sectors.File().UsedSectors());
 
     rfm_SectorRead reader = sectors.GetStreamRead(1);
@@ -114,13 +132,18 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
     EXPECT_EQ(4089, reader.Read(back.data(), 4089));
     EXPECT_EQ(spills, back);
 
-    sectors.GetStreamWrite(1).Write("short", 5);
+    WriteStream(sectors, 1, "short");
     EXPECT_EQ(4, sectors.File().UsedSectors());
     // The sectors the reader fetched ahead show the rewrite.
     rfm_SectorRead again = sectors.GetStreamRead(1);
     EXPECT_EQ(9, again.Length());
     EXPECT_EQ(5, again.Read(back.data(), 5));
     EXPECT_EQ("short", back.substr(0, 5));
+    // A writer that does not finish (a full disk) stores no length: the
+    // stream keeps the one it had.
+    sectors.GetStreamWrite(1).Write(spills.data(), 4089);
+    EXPECT_EQ(9, sectors.GetStreamRead(1).Length());
+    WriteStream(sectors, 1, "short");
     sectors.Flush();
   }
   std::string bytes = zqa_ReadFileBytes(name);
@@ -140,8 +163,7 @@ TEST(CompressedFileTest, StreamsFillSectorsAndKeepTheirChainWhenRewrittenShorter
   PutStoredInt(bytes, 2 * kSector + kLink, 99999);
   zqa_WriteFileBytes(name, bytes);
   rfm_SectorArray damaged(name, utl_FileAccessRead);
-  EXPECT_EQ("***ERROR: Compressed database file " + std::string(name.CStr()) +
-                " is corrupt: a sector links to no sector.",
+  EXPECT_EQ(Corrupt(name),
             MessageOf([&] {
               std::string chain(5000, '\0');
               damaged.GetStreamRead(1).Read(chain.data(), 5000);
@@ -211,8 +233,7 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
   std::string const content = WriteEncoded(name, 1024, 3 * 1024, 6);
   std::string const good = zqa_ReadFileBytes(name);
   std::size_t const stream1 = std::size_t(StoredInt(good, kStreamTable + 4)) * kSector;
-  std::string const corrupt = "***ERROR: ZAE database is corrupt.";
-  std::string const fileCorrupt = "***ERROR: Compressed database file " + std::string(name.CStr()) + " is corrupt: ";
+  std::string const corrupt = Corrupt(name);
 
   auto expectSegment1Fails = [&](std::string const& bytes, std::string const& message) {
     zqa_WriteFileBytes(name, bytes);
@@ -259,7 +280,7 @@ TEST(CompressedFileTest, DamageIsReportedWhenTheDamagedPartIsRead) {
     bytes = good;
     PutStoredInt(bytes, offset, value);
     zqa_WriteFileBytes(name, bytes);
-    EXPECT_EQ(0u, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); }).find(fileCorrupt)) << offset;
+    EXPECT_EQ(corrupt, MessageOf([&] { OpenEncoded(name, utl_FileAccessRead); })) << offset;
   }
 }
 
@@ -283,4 +304,54 @@ TEST(CompressedFileTest, ADatabaseWithBytesInASegmentNeverWrittenIsRefused) {
   zqa_WriteFileBytes(name, bytes);
   EXPECT_EQ(std::string("***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  ") + name.CStr(),
             MessageOf([&] { OpenTestDatabase(name, utl_FileAccessRead); }));
+}
+
+// A full disk under a compressed file: the write that moves on to a new
+// segment must first save an old one to free its buffer, and the save
+// fails. Every later use must fail the same way, never use a segment left
+// without its buffer; once there is room again, a flush writes it all.
+TEST(CompressedFileTest, ASaveThatFailsLeavesEverySegmentAsItWas) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("full.mdb");
+  int const status = zqa_RunInChild([&] {
+    auto require = [](bool condition, std::string const& what) {
+      if (!condition) throw std::runtime_error(what);
+    };
+    // Incompressible bytes, three times the cache's 1 MiB: the saves that
+    // come with the segments beyond it fill the file's first 1 MiB.
+    std::string content(static_cast<std::size_t>(3 * rfm_SegmentBufferCache::kBudget), '\0');
+    std::uint64_t seed = 88172645463325252ull;
+    for (char& byte : content) {
+      seed ^= seed << 13;
+      seed ^= seed >> 7;
+      seed ^= seed << 17;
+      byte = static_cast<char>(seed);
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit;
+    require(::getrlimit(RLIMIT_FSIZE, &limit) == 0, "getrlimit");
+    rlimit const unlimited = limit;
+    limit.rlim_cur = rfm_SectorFile::kGrowthSectors * 4096;
+    require(::setrlimit(RLIMIT_FSIZE, &limit) == 0, "setrlimit");
+
+    std::string const full = std::string(name.CStr()) + ": " + std::strerror(EFBIG);
+    auto file = CreateWithSegments(name, 4096);
+    int written = 0;
+    std::string message = MessageOf([&] {
+      for (; written < static_cast<int>(content.size()); written += 4096) file->Write(content.data() + written, 4096);
+    });
+    require(message == full, "the first failure says " + message);
+    for (int again = 0; again < 3; ++again) {
+      message = MessageOf([&] { file->Write(content.data() + written, 4096); });
+      require(message == full, "a later write says " + message);
+    }
+    require(file->Length() == written, "the length counts " + std::to_string(file->Length()) + " bytes");
+
+    require(::setrlimit(RLIMIT_FSIZE, &unlimited) == 0, "setrlimit");
+    file->Write(content.data() + written, static_cast<int>(content.size()) - written);
+    file->Flush();
+    file.reset();
+    require(ReadAll(*OpenEncoded(name, utl_FileAccessRead)) == content, "the file holds other bytes");
+  });
+  EXPECT_EQ(0, status);
 }

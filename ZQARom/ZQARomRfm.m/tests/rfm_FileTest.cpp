@@ -149,15 +149,26 @@ TEST(FileTest, CompressedFilesAreRecognisedByTheFirstSixBytesOfTheirMagic) {
   }
 
   // Other version digits pass the six-byte test and are refused by the
-  // container's header check; so is another header version.
-  std::string bytes = zqa_ReadFileBytes(name);
+  // container's header check as damage, naming the file; so are another
+  // header version, a file cut inside its header sector and a stream table
+  // that claims more entries than its chain holds.
+  std::string const corrupt = std::string("***ERROR: ZAE database is corrupt.\n  ") + name.CStr();
+  std::string const bytes = zqa_ReadFileBytes(name);
   zqa_WriteFileBytes(name, bytes.substr(0, 6) + "99" + bytes.substr(8));
-  EXPECT_EQ("strncmp( magic, MAGIC, sizeof(magic) ) == 0",
-            TextOf<Assertion>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
-  bytes[8] = 2;
-  zqa_WriteFileBytes(name, bytes);
-  EXPECT_EQ("tmp[HEADER_VERSION] == CURRENT_VERSION",
-            TextOf<Assertion>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  std::string damaged = bytes;
+  damaged[8] = 2;
+  zqa_WriteFileBytes(name, damaged);
+  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
+  zqa_WriteFileBytes(name, bytes.substr(0, 20));
+  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  // 1013 entries fill sector 0; one more needs a next sector, which a
+  // file of two sectors can hold but sector 0 does not link to.
+  damaged = bytes;
+  damaged[16] = static_cast<char>(1014 & 0xff);
+  damaged[17] = static_cast<char>(1014 >> 8);
+  zqa_WriteFileBytes(name, damaged);
+  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
 
   // Five bytes of the magic are not enough.
   cow_String almost = dir.File("almost.mdb");

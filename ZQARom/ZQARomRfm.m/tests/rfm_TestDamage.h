@@ -83,6 +83,15 @@ public:
     }
   }
 
+  // A 32-bit field set to each of values, each a case of its own.
+  void Values(std::string const& what, Locator const& at, std::vector<std::int32_t> const& values) {
+    for (std::int32_t value : values) {
+      std::string stored(4, '\0');
+      PutStoredInt(stored, 0, value);
+      Overwrite(what + " = " + std::to_string(value), at, stored, kStructure);
+    }
+  }
+
   // A stored offset or size, a double: flips in the mantissa's low, middle
   // and high bits, the exponent and the sign, and extreme values.
   void Double(std::string const& what, Locator const& at, OffsetValues const& other = {}) {

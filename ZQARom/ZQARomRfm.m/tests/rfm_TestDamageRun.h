@@ -12,10 +12,13 @@
 // Runs damaged-file cases in child processes and tallies how they ended.
 // One child takes the cases in turn, each under a time limit and with an
 // allocation limit for the whole child, walks each damaged file with
-// rfm_DatabaseWalk and reports on a pipe how the walk ended; a child that
-// dies (a crash, a sanitizer's report, the time limit) takes its current
-// case with it, and a new child goes on with the next. Under the address
-// sanitizer the child finally looks for leaked memory.
+// rfm_DatabaseWalk (which reads the file's last byte first, as a program
+// that copies or checks a whole file does) and reports on a pipe how that
+// ended; a child that dies
+// (a crash, a sanitizer's report, the time limit) takes its current case
+// with it, and a new child goes on with the next. The limits are far below
+// what a count read from the file could cost if anything trusted it. Under
+// the address sanitizer the child finally looks for leaked memory.
 
 struct DamageResult {
   int m_Outcome;  // how the case ended, a sanitizer's exit status, or a signal
@@ -35,8 +38,11 @@ std::vector<DamageResult> RunDamageCases(std::vector<DamageCase> const& cases,
 // structure (see Meaning).
 class DamageTally {
 public:
-  // name, the damaged file, is shown as <file> in messages.
-  DamageTally(std::vector<DamageCase> const& cases, std::vector<DamageResult> const& results, cow_String const& name);
+  // name, the damaged file, is shown as <file> in messages. Unless
+  // assertions are allowed, a case that ends in an internal assertion's
+  // text fails: damage must give the user a message.
+  DamageTally(std::vector<DamageCase> const& cases, std::vector<DamageResult> const& results, cow_String const& name,
+              bool assertionsAllowed = true);
 
   int Cases() const { return m_Cases; }
   void Print(char const* title) const;
@@ -45,6 +51,7 @@ public:
 private:
   void Add(DamageCase const& damage, DamageResult const& result, cow_String const& name);
 
+  bool m_AssertionsAllowed;
   int m_Cases = 0;
   std::map<std::string, int> m_Counts;
   std::map<std::string, int> m_Messages;

@@ -29,7 +29,10 @@ class rfm_TaggedStream;
 // loop ends the walk like any other.
 class rfm_DatabaseWalk {
 public:
-  // Opens the file at name for reading and walks the database in it.
+  // Opens the file at name for reading, reads the last byte it claims to
+  // hold, as a program that copies or checks a whole file gets there (that
+  // byte is not written down: it may lie past the database), and walks the
+  // database in it.
   static std::string Walk(cow_String const& name);
   // The items of the tagged stream at handle, one line each.
   static std::string WalkTaggedStream(rfm_Database const& database, rfm_Handle handle);

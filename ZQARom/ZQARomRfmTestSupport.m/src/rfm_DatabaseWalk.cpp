@@ -68,6 +68,11 @@ std::string Value(cow_String const& value) { return Quoted(value); }
 
 std::string rfm_DatabaseWalk::Walk(cow_String const& name) {
   rfm_File file = rfm_File::Open(name, utl_FileAccessRead, false);
+  if (file->Length() > 0) {
+    char last;
+    file->Seek(file->Length() - 1);
+    file->Read(&last, 1);
+  }
   rfm_DatabaseWalk walk(rfm_Database::Open(file, ""));
   walk.Line("description " + Quoted(walk.m_Database.Description()));
   walk.Line("created " + Decimal(rfm_Database::GetCreationTime(file)));

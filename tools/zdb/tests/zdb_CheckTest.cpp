@@ -538,9 +538,50 @@ TEST(ZdbCheckTest, DamageToTheCompressedContainerIsReportedInItsOwnWords) {
                          {"a container whose segment table has another magic",
                           [](std::string& b) {
                             PutStoredInt(b, 20, 0x12345678);
-                            return "the file cannot be opened: tmp[0] == MAGIC";
+                            return "the file cannot be opened: ***ERROR: ZAE database is corrupt.";
                           }},
                      });
+}
+
+// A flipped bit in the container's segment count claimed millions of
+// segments: check took seconds and gigabytes and found nothing, decompress
+// wrote what was claimed. Both must cost what the file holds and report it.
+TEST(ZdbCheckTest, ALengthTheCompressedFileCannotBackIsReportedAndNotCopied) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("compressed.zdb"), rfm_TestFileKind::Compressed);
+  std::string const clean = zqa_ReadFileBytes(sample.m_Name.c_str());
+  // The segment table's words at 20: magic, version, segment size, count, last length.
+  int const segment = StoredInt(clean, 28);
+  int const count = StoredInt(clean, 32);
+  long long const size = static_cast<long long>(segment) * (count - 1) + StoredInt(clean, 36);
+  // Every segment of the clean file has a stream; claimed as not the last,
+  // its last one counts whole.
+  long long const stored = static_cast<long long>(segment) * count;
+  for (int claimed : {1001, count | 1 << 22, 1 << 24, std::numeric_limits<int>::max()}) {
+    std::string bytes = clean;
+    PutStoredInt(bytes, 32, claimed);
+    std::string const name = dir.File(("claims-" + std::to_string(claimed) + ".zdb").c_str()).CStr();
+    zqa_WriteFileBytes(name.c_str(), bytes);
+    zdb_Run check = RunZdb({"check", name});
+    EXPECT_EQ(1, check.m_Status) << check.m_Out;
+    std::vector<std::string> const lines = Lines(check.m_Out);
+    std::string const line = "the file claims " +
+                             std::to_string(static_cast<long long>(segment) * (claimed - 1) + StoredInt(clean, 36)) +
+                             " bytes, but the database ends at " + std::to_string(size) + " and the file stores " +
+                             std::to_string(stored);
+    EXPECT_NE(lines.end(), std::find(lines.begin(), lines.end(), line)) << line << "\nin\n" << check.m_Out;
+
+    // Only the smallest claim is copied: should the copy trust a count
+    // again, it writes 64 MiB, not a disk full.
+    if (claimed != 1001) continue;
+    std::string const copy = dir.File(("copy-" + std::to_string(claimed) + ".zdb").c_str()).CStr();
+    zdb_Run decompress = RunZdb({"decompress", name, copy});
+    EXPECT_EQ(1, decompress.m_Status) << decompress.m_Out;
+    EXPECT_EQ("zdb decompress: " + name + ": ***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  " +
+                  name + "\n",
+              decompress.m_Err);
+    EXPECT_TRUE(zqa_ReadFileBytes(copy.c_str()).empty());
+  }
 }
 
 TEST(ZdbCheckTest, RandomDamageNeverCrashesTheCheck) {

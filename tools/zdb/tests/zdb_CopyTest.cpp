@@ -5,9 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
 
 namespace {
 
@@ -92,4 +96,46 @@ TEST(ZdbCopyTest, AProgressBarShowsOnATerminal) {
   ASSERT_EQ(child, ::waitpid(child, &status, 0));
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << seen;
   EXPECT_NE(std::string::npos, seen.find("\r[##############################] 100%")) << seen;
+}
+
+TEST(ZdbCopyTest, CompressFromAUrlTellsTheSizeTheRemoteFileHas) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("plain.zdb"));
+  std::string const url = "zbxrdb://localhost/" + sample.m_Name;
+  std::string const compressed = dir.File("compressed.zdb").CStr();
+  std::string const path = std::string("PATH=") + ZQA_ASSISTANT_DIRECTORY + ":" + std::getenv("PATH");
+  zdb_Run run = RunZdb({"compress", url, compressed}, {path});
+  ASSERT_EQ(0, run.m_Status) << run.m_Err;
+  std::string const size = std::to_string(zqa_ReadFileBytes(sample.m_Name.c_str()).size());
+  EXPECT_EQ(0u, run.m_Out.find("compressed " + url + " (" + size + " bytes) to " + compressed + " (")) << run.m_Out;
+}
+
+TEST(ZdbCopyTest, ACopyThatRunsOutOfSpaceSaysWhyOnceAndLeavesNoFile) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("plain.zdb"));
+  std::string const compressed = dir.File("compressed.zdb").CStr();
+  std::string const restored = dir.File("restored.zdb").CStr();
+  ASSERT_EQ(0, RunZdb({"compress", sample.m_Name, compressed}).m_Status);
+  // The child inherits a file size limit below the copies' sizes, and
+  // ignores the signal, so that its writes fail with EFBIG.
+  rlimit saved;
+  ASSERT_EQ(0, ::getrlimit(RLIMIT_FSIZE, &saved));
+  rlimit limit = saved;
+  limit.rlim_cur = 2048;
+  auto const handler = std::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(0, ::setrlimit(RLIMIT_FSIZE, &limit));
+  std::string const copies[] = {dir.File("again.zdb").CStr(), restored};
+  zdb_Run const compress = RunZdb({"compress", sample.m_Name, copies[0]});
+  zdb_Run const decompress = RunZdb({"decompress", compressed, copies[1]});
+  ::setrlimit(RLIMIT_FSIZE, &saved);
+  std::signal(SIGXFSZ, handler);
+  char const* const commands[] = {"compress", "decompress"};
+  zdb_Run const* const runs[] = {&compress, &decompress};
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(1, runs[i]->m_Status);
+    EXPECT_EQ(std::string("zdb ") + commands[i] + ": " + copies[i] + ": " + std::strerror(EFBIG) +
+                  "; the copy was removed\n",
+              runs[i]->m_Err);
+    EXPECT_FALSE(Exists(copies[i]));
+  }
 }
