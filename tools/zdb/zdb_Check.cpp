@@ -2,6 +2,8 @@
 // bytes itself, validates every offset, length and count before it uses
 // them, and reports each problem on a line of its own.
 
+#include "zdb_Check.h"
+
 #include "ZQABasUtlFilePath.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_ObjectMagic.h"
@@ -29,9 +31,9 @@ std::unique_ptr<zdb_CheckSpace> WellKnown(zdb_CheckBytes& bytes, zdb_CheckLinkag
   return std::make_unique<zdb_CheckSpace>(bytes, rfm_Handle(handle), found->second);
 }
 
-// Checks the file; answers what it found, "12 objects: 3 tables, ..." when
-// it got as far as the objects.
-std::string Check(std::string const& name, zdb_CheckReport& report) {
+}  // namespace
+
+std::string zdb_CheckFile(std::string const& name, zdb_CheckReport& report) {
   rfm_File file;
   try {
     file = rfm_File::Open(name.c_str(), utl_FileAccessRead, false);
@@ -68,6 +70,8 @@ std::string Check(std::string const& name, zdb_CheckReport& report) {
   return found;
 }
 
+namespace {
+
 int Run(std::vector<std::string> const& words) {
   zdb_Arguments arguments(words, {}, 1);
   std::string const& name = arguments.Positional(0);
@@ -77,7 +81,7 @@ int Run(std::vector<std::string> const& words) {
   zdb_CheckReport report;
   std::string found;
   try {
-    found = Check(name, report);
+    found = zdb_CheckFile(name, report);
   } catch (std::exception const& e) {
     // The checker validates what it reads; this is a failure of its own, such as memory.
     report.Problem(std::string("the check stopped: ") + e.what());
