@@ -322,6 +322,10 @@ zdb_Command const zdb_DumpCommand = {
     "\"Infinity\" and \"-Infinity\". Strings are UTF-8: a byte that is not part\n"
     "of valid UTF-8 becomes the character of the same number (\\u0080 to\n"
     "\\u00FF). An object that could not be read in full has an \"error\" member,\n"
-    "and the exit status is then 1.\n",
+    "and the exit status is then 1.\n"
+    "\n"
+    "What was asked for and cannot be shown fails with exit status 1 and the\n"
+    "reason on standard error: no table of the layout NAME, no row or item in\n"
+    "--rows A:B.\n",
     Run,
 };
