@@ -106,7 +106,7 @@ zdb_Command const zdb_CheckCommand = {
     "usage: zdb check FILE\n"
     "\n"
     "Reads the file's bytes itself (a compressed file's logical bytes, every\n"
-    "segment decoded once) and checks block 0 (magic, version, flush count,\n"
+    "segment decoded once) and checks block 0 (magic, version, and\n"
     "the transfer check record of a plain file), the chain of linkage groups,\n"
     "every linkage (valid sizes, a length not above its allocation, an extent\n"
     "inside the file), every object's chain (cycles, chains that run into\n"

@@ -12,7 +12,8 @@
 // seed, random damage to the bytes that hold structure: bits flipped and
 // stored values written across block 0, every slot of every group (free
 // ones too) and the heads of the objects, and cuts. Damage to user bytes
-// alone leaves both content, which agrees too.
+// alone leaves both content, which agrees too. Plain files take every
+// case; a compressed file, packed anew for each, a sample of them.
 
 #include "ZQABasException.h"
 #include "rfm_DatabaseWalk.h"
@@ -27,6 +28,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <functional>
 #include <iterator>
 #include <limits>
 #include <map>
@@ -36,6 +38,7 @@ namespace {
 
 constexpr int kRandomCases = 1500;
 constexpr unsigned kSeed = 14;
+constexpr std::size_t kCompressedStep = 16;
 // Disagreements shown in full; the rest are counted.
 constexpr int kShown = 20;
 
@@ -191,6 +194,26 @@ private:
   std::vector<std::size_t> m_Heads;
 };
 
+// Judges every case, the damaged file made by write; answers the
+// disagreements, each one shown in full up to kShown.
+int Disagreements(std::vector<DamageCase> const& cases, std::function<void(std::string const&)> const& write,
+                  std::string const& good, cow_String const& name) {
+  int refused = 0;
+  int disagreements = 0;
+  for (DamageCase const& damage : cases) {
+    write(damage.Apply(good));
+    Verdicts const verdicts = Judge(name);
+    refused += !verdicts.m_Refusal.empty();
+    if (verdicts.Agree() || ++disagreements > kShown) continue;
+    ADD_FAILURE() << damage.m_What << "\n  library: "
+                  << (verdicts.m_Refusal.empty() ? std::string("reads the file") : verdicts.m_Refusal)
+                  << "\n  check: " << (verdicts.m_Problems.empty() ? "no problems" : verdicts.m_Problems.front());
+  }
+  std::printf("%zu damaged files, %d refused by the library and reported by check, %d disagreements\n", cases.size(),
+              refused, disagreements);
+  return disagreements;
+}
+
 }  // namespace
 
 TEST(ZdbCheckAgreesWithLibraryTest, CheckReportsAProblemExactlyWhenTheLibraryCannotReadTheFile) {
@@ -204,26 +227,29 @@ TEST(ZdbCheckAgreesWithLibraryTest, CheckReportsAProblemExactlyWhenTheLibraryCan
   ASSERT_EQ(std::vector<std::string>(), clean.m_Problems);
 
   std::vector<DamageCase> cases = FoundDisagreements(good);
-  for (DamageCase const& damage : DatabaseDamage(good, objects)) cases.push_back(damage);
+  std::vector<DamageCase> const recipes = DatabaseDamage(good, objects);
+  cases.insert(cases.end(), recipes.begin(), recipes.end());
   RandomDamage random(good, objects, kSeed);
   for (int i = 0; i < kRandomCases; ++i) cases.push_back(random.Next());
 
   cow_String const name = dir.File("damaged.zdb");
-  int refused = 0;
-  int disagreements = 0;
-  for (DamageCase const& damage : cases) {
-    // A new file each time: a file system may push a truncated and
-    // rewritten file to the disk at once, which would cost more than the case.
+  // A new file each time: a file system may push a truncated and rewritten
+  // file to the disk at once, which would cost more than the case.
+  auto const plain = [&](std::string const& bytes) {
     std::remove(name.CStr());
-    zqa_WriteFileBytes(name, damage.Apply(good));
-    Verdicts const verdicts = Judge(name);
-    refused += !verdicts.m_Refusal.empty();
-    if (verdicts.Agree() || ++disagreements > kShown) continue;
-    ADD_FAILURE() << damage.m_What << "\n  library: "
-                  << (verdicts.m_Refusal.empty() ? std::string("reads the file") : verdicts.m_Refusal)
-                  << "\n  check: " << (verdicts.m_Problems.empty() ? "no problems" : verdicts.m_Problems.front());
-  }
-  std::printf("%zu damaged files, %d refused by the library and reported by check, %d disagreements\n", cases.size(),
-              refused, disagreements);
-  EXPECT_EQ(0, disagreements);
+    zqa_WriteFileBytes(name, bytes);
+  };
+  EXPECT_EQ(0, Disagreements(cases, plain, good, name));
+
+  // The same rules in a compressed file, whose logical bytes the damage
+  // changes: the cases found, and one recipe in sixteen, which keeps the
+  // time of the packing modest.
+  std::vector<DamageCase> packed = FoundDisagreements(good);
+  for (std::size_t i = 0; i < recipes.size(); i += kCompressedStep) packed.push_back(recipes[i]);
+  auto const compressed = [&](std::string const& bytes) {
+    std::remove(name.CStr());
+    rfm_File file = rfm_File::CreateCompressed(name);
+    if (!bytes.empty()) file->Write(bytes.data(), static_cast<int>(bytes.size()));
+  };
+  EXPECT_EQ(0, Disagreements(packed, compressed, good, name));
 }
