@@ -48,7 +48,8 @@ constexpr Fault Check(utl_FileOffset allocation, utl_FileOffset length, utl_File
 
 // Whether a chain may go on at next, a slot in use: never at a group's slot
 // 0, nor at the objects every database is made with, which head their
-// chains. Nor, said elsewhere, at a slot that another chain goes on at.
+// chains. (That no two chains go on at one slot, and that every chain
+// starts at a head, are rules of the whole list, held where it is read.)
 constexpr bool MayContinueAt(rfm_Handle next) { return next.Slot() != 0 && next.Value() > kRfmMetadataHandle; }
 
 }  // namespace rfm_LinkageRules
