@@ -55,11 +55,16 @@ int main(int argc, char** argv) {
   ::mkdir(corpus.c_str(), 0755);
   cow_String const scratch = rfm_FuzzInput::ScratchFile("plain.zdb");
 
+  // The plain seeds serve zdb check's target too.
   rfm_SampleDatabase::Write(rfm_File::Open(scratch, utl_FileAccessCreate, false));
-  Seed(corpus + "/rfm_FuzzPlainDatabase", "sample", ReadFile(scratch));
+  for (char const* target : {"/rfm_FuzzPlainDatabase", "/zdb_FuzzCheckAgrees"}) {
+    Seed(corpus + target, "sample", ReadFile(scratch));
+  }
   std::remove(scratch.CStr());
   WriteSmall(rfm_File::Open(scratch, utl_FileAccessCreate, false));
-  Seed(corpus + "/rfm_FuzzPlainDatabase", "small", ReadFile(scratch));
+  for (char const* target : {"/rfm_FuzzPlainDatabase", "/zdb_FuzzCheckAgrees"}) {
+    Seed(corpus + target, "small", ReadFile(scratch));
+  }
 
   std::remove(scratch.CStr());
   rfm_SampleDatabase::Write(rfm_File::CreateCompressed(scratch));

@@ -2,6 +2,8 @@
 // bytes itself, validates every offset, length and count before it uses
 // them, and reports each problem on a line of its own.
 
+#include "zdb_Check.h"
+
 #include "ZQABasUtlFilePath.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_ObjectMagic.h"
@@ -30,9 +32,9 @@ std::unique_ptr<zdb_CheckSpace> WellKnown(zdb_CheckBytes& bytes, zdb_CheckLinkag
   return std::make_unique<zdb_CheckSpace>(bytes, rfm_Handle(handle), found->second);
 }
 
-// Checks the file; answers what it found, "12 objects: 3 tables, ..." when
-// it got as far as the objects.
-std::string Check(std::string const& name, zdb_CheckReport& report) {
+}  // namespace
+
+std::string zdb_CheckFile(std::string const& name, zdb_CheckReport& report) {
   rfm_File file;
   try {
     file = rfm_File::Open(name.c_str(), utl_FileAccessRead, false);
@@ -77,6 +79,8 @@ std::string Check(std::string const& name, zdb_CheckReport& report) {
   return found;
 }
 
+namespace {
+
 int Run(std::vector<std::string> const& words) {
   zdb_Arguments arguments(words, {}, 1);
   std::string const& name = arguments.Positional(0);
@@ -86,7 +90,7 @@ int Run(std::vector<std::string> const& words) {
   zdb_CheckReport report;
   std::string found;
   try {
-    found = Check(name, report);
+    found = zdb_CheckFile(name, report);
   } catch (std::exception const& e) {
     // The checker validates what it reads; this is a failure of its own, such as memory.
     report.Problem(std::string("the check stopped: ") + e.what());
@@ -111,14 +115,18 @@ zdb_Command const zdb_CheckCommand = {
     "usage: zdb check FILE\n"
     "\n"
     "Reads the file's bytes itself (a compressed file's logical bytes, every\n"
-    "segment decoded once) and checks block 0 (magic, version, flush count,\n"
+    "segment decoded once) and checks block 0 (magic, version, and\n"
     "the transfer check record of a plain file), the chain of linkage groups,\n"
     "every linkage (valid sizes, a length not above its allocation, an extent\n"
     "inside the file), every object's chain (cycles, chains that run into\n"
     "another object's, chains without a head), overlaps between block 0, the\n"
     "groups and the extents, the string pool, the table catalogue, and every\n"
-    "table, array and tagged stream: headers, layouts, whole rows, presence\n"
-    "bits, item tags and sizes, and that every stored string is in the pool.\n"
+    "table, array and tagged stream: headers, layouts, rows, item tags and\n"
+    "sizes, and that every stored string is in the pool.\n"
+    "It holds the file to the rules by which the library reads it, so that it\n"
+    "finds a problem exactly when the library cannot open the file or one of\n"
+    "its objects; what no reader looks at (free linkage slots, a torn last\n"
+    "row) is no problem.\n"
     "\n"
     "Prints each problem on a line of its own (a problem repeated in every row\n"
     "of one object five times, then counted), then a summary line naming the\n"

@@ -63,9 +63,6 @@ bool zdb_CheckBlock0(zdb_CheckBytes& bytes, bool compressed, zdb_CheckReport& re
     report.Problem(std::string(kSubject) + "version " + std::to_string(version) +
                    " is older than the oldest readable, " + std::to_string(kRfmOldestReadableVersion));
   }
-  int flushCount = zdb_Word(block0 + kRfmFlushCountOffset);
-  if (flushCount < 0)
-    report.Problem(std::string(kSubject) + "the flush count is negative (" + std::to_string(flushCount) + ")");
   // A compressed file keeps no transfer check record: its readers never look at it.
   if (!compressed) CheckTransferRecord(block0, bytes, report);
   return true;

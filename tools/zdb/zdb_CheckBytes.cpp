@@ -2,10 +2,10 @@
 
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
+#include "rfm_OffsetConverter.h"
 #include "zdb_CheckReport.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -13,10 +13,6 @@
 #include <stdexcept>
 
 namespace {
-
-// Doubles are exact up to 2^53: a stored offset above it cannot be one the
-// library wrote.
-constexpr double kLargestExactOffset = 9007199254740992.0;
 
 double StoredDouble(char const* bytes) {
   std::uint64_t bits;
@@ -78,10 +74,8 @@ void zdb_CheckBytes::ReadAll(utl_FileOffset limit) {
 std::int32_t zdb_Word(char const* bytes) { return rfm_IntConverter::Internalize(rfm_FileOrder(), bytes); }
 
 bool zdb_StoredOffset(char const* bytes, utl_FileOffset& value) {
-  double stored = StoredDouble(bytes);
-  if (!(stored >= 0.0 && stored <= kLargestExactOffset) || std::floor(stored) != stored) return false;
-  value = static_cast<utl_FileOffset>(stored);
-  return true;
+  value = rfm_OffsetConverter::Internalize(rfm_FileOrder(), bytes);
+  return value != rfm_OffsetConverter::kInvalid;
 }
 
 std::string zdb_StoredDoubleText(char const* bytes) {

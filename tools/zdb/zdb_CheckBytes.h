@@ -46,8 +46,9 @@ private:
 
 // Little-endian words and stored offsets, as the file holds them.
 std::int32_t zdb_Word(char const* bytes);
-// A stored offset or size, when it is one: a whole number of bytes, not
-// negative, exactly representable.
+// A stored offset or size, when it is one, read as every reader of the
+// format reads it (rfm_OffsetConverter): rounded to the nearest byte, not
+// negative, below 2^62.
 bool zdb_StoredOffset(char const* bytes, utl_FileOffset& value);
 // The double in 8 stored bytes, written for a report with all its digits:
 // "nan", "-12.5", "80.000000000000014".

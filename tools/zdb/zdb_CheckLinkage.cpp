@@ -2,6 +2,8 @@
 
 #include "rfm_Block0.h"
 #include "rfm_DatabaseReprFile.h"
+#include "rfm_LinkageRules.h"
+#include "rfm_OffsetConverter.h"
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckReport.h"
 
@@ -58,24 +60,18 @@ void zdb_CheckLinkage::ReadGroups() {
   for (int index = 0; offset != 0; ++index) {
     Group group;
     if (!ReadGroup(index, offset, group)) return;
+    // Slot 0 is read for its location alone: its other fields mean nothing.
     Slot const& link = group.m_Slots[0];
-    int expectedNext = 0;
     utl_FileOffset next = link.m_Location;
-    if (!link.m_Valid) {
-      m_Report.Problem(GroupSubject(index, offset) + ": its link to the next group holds no valid offset, " +
-                       link.m_Invalid);
+    if (next == rfm_OffsetConverter::kInvalid) {
+      m_Report.Problem(GroupSubject(index, offset) + ": its link to the next group holds no valid offset (" +
+                       link.m_LocationText + ")");
       next = 0;
     } else if (next != 0 && next <= offset) {
       // Groups only ever go to the end of the file, so a chain that goes back is a loop.
       m_Report.Problem(GroupSubject(index, offset) + ": the next group's offset " + std::to_string(next) +
                        " does not lie further on (a cycle)");
       next = 0;
-    } else if (next != 0) {
-      expectedNext = rfm_Handle::Make(index + 1, 0).Value();
-    }
-    if (link.m_Valid && link.m_Next.Value() != expectedNext) {
-      m_Report.Problem(GroupSubject(index, offset) + ": its slot 0 names " + std::to_string(link.m_Next.Value()) +
-                       " as the next group's handle, not " + std::to_string(expectedNext));
     }
     m_Groups.push_back(std::move(group));
     offset = next;
@@ -101,69 +97,72 @@ bool zdb_CheckLinkage::ReadGroup(int index, utl_FileOffset offset, Group& group)
     static int const kPlaces[] = {rfm_DatabaseReprFile::kLinkageAllocation, rfm_DatabaseReprFile::kLinkageLength,
                                   rfm_DatabaseReprFile::kLinkageLocation};
     utl_FileOffset* const values[] = {&slot.m_Allocation, &slot.m_Length, &slot.m_Location};
-    for (int field = 0; field < 3 && slot.m_Valid; ++field) {
-      if (zdb_StoredOffset(linkage + kPlaces[field], *values[field])) continue;
+    for (int field = 0; field < 3; ++field) {
+      if (zdb_StoredOffset(linkage + kPlaces[field], *values[field]) || !slot.m_Valid) continue;
       slot.m_Valid = false;
       slot.m_Invalid = std::string(kNames[field]) + " (" + zdb_StoredDoubleText(linkage + kPlaces[field]) + ")";
     }
+    if (slot.m_Location == rfm_OffsetConverter::kInvalid) {
+      slot.m_LocationText = zdb_StoredDoubleText(linkage + rfm_DatabaseReprFile::kLinkageLocation);
+    }
     slot.m_Next = rfm_Handle(zdb_Word(linkage + rfm_DatabaseReprFile::kLinkageNext));
-    // As the library counts: the first slot without a location ends the used ones.
-    if (place > 0 && slot.m_Valid && slot.m_Location == 0 && group.m_Used == kSlots) group.m_Used = place;
+    // As the library counts: the first slot whose location is 0 ends the used ones.
+    if (place > 0 && slot.m_Location == 0 && group.m_Used == kSlots) group.m_Used = place;
   }
   return true;
 }
 
 void zdb_CheckLinkage::CheckSlots() {
+  // Free slots mean nothing, whatever they hold.
   for (std::size_t index = 0; index < m_Groups.size(); ++index) {
     Group& group = m_Groups[index];
-    for (int place = 1; place < kSlots; ++place) {
-      Slot& slot = group.m_Slots[static_cast<std::size_t>(place)];
-      rfm_Handle handle = rfm_Handle::Make(static_cast<int>(index), place);
-      if (place < group.m_Used) {
-        CheckSlot(handle, slot);
-      } else if (!slot.m_Valid || slot.m_Location != 0) {
-        // One free slot hides all the slots after it: the first few tell it.
-        m_Report.RepeatedProblem(GroupSubject(static_cast<int>(index), group.m_Offset),
-                                 zdb_HandleSubject(handle) + ": follows slot " + std::to_string(group.m_Used) +
-                                     ", the first free slot of its group, so no reader sees it");
-        slot.m_Valid = false;
-      }
+    for (int place = 1; place < group.m_Used; ++place) {
+      CheckSlot(rfm_Handle::Make(static_cast<int>(index), place), group.m_Slots[static_cast<std::size_t>(place)]);
     }
   }
 }
 
 void zdb_CheckLinkage::CheckSlot(rfm_Handle handle, Slot& slot) {
   std::string subject = zdb_HandleSubject(handle);
-  if (!slot.m_Valid) {
-    m_Report.Problem(subject + ": its " + slot.m_Invalid + " is no valid size or offset");
-    return;
-  }
-  if (slot.m_Length > slot.m_Allocation) {
-    m_Report.Problem(subject + ": the extent's length " + std::to_string(slot.m_Length) + " is above its allocation " +
-                     std::to_string(slot.m_Allocation));
-  }
-  if (slot.m_Location < kRfmBlock0Size) {
-    // A placeholder: the slot is taken, no extent yet.
-    if (slot.m_Allocation != 0 || slot.m_Length != 0) {
+  switch (rfm_LinkageRules::Check(slot.m_Allocation, slot.m_Length, slot.m_Location, slot.m_Next, m_Bytes.Length())) {
+    case rfm_LinkageRules::kSound:
+      break;
+    case rfm_LinkageRules::kInvalidField:
+      m_Report.Problem(subject + ": its " + slot.m_Invalid + " is no valid size or offset");
+      return;
+    case rfm_LinkageRules::kLengthAboveAllocation:
+      m_Report.Problem(subject + ": the extent's length " + std::to_string(slot.m_Length) +
+                       " is above its allocation " + std::to_string(slot.m_Allocation));
+      break;
+    case rfm_LinkageRules::kPlaceholderHoldsBytes:
       m_Report.Problem(subject + ": claims " + std::to_string(slot.m_Allocation) +
                        " bytes but has no extent (location " + std::to_string(slot.m_Location) + ")");
-    }
-    return;
+      break;
+    case rfm_LinkageRules::kPlaceholderContinues:
+      m_Report.Problem(subject + ": has no extent (location " + std::to_string(slot.m_Location) +
+                       ") but its chain continues at handle " + std::to_string(slot.m_Next.Value()));
+      break;
+    case rfm_LinkageRules::kBytesBeyondFile:
+      m_Report.Problem(subject + ": its extent at offset " + std::to_string(slot.m_Location) + " with length " +
+                       std::to_string(slot.m_Length) + " runs past the end of the file (" +
+                       std::to_string(m_Bytes.Length()) + " bytes)");
+      return;
   }
-  if (slot.m_Length > m_Bytes.Length() - slot.m_Location) {
-    m_Report.Problem(subject + ": its extent at offset " + std::to_string(slot.m_Location) + " with length " +
-                     std::to_string(slot.m_Length) + " runs past the end of the file (" +
-                     std::to_string(m_Bytes.Length()) + " bytes)");
-    return;
+  slot.m_Extent =
+      !rfm_LinkageRules::IsPlaceholder(slot.m_Location) && slot.m_Length <= m_Bytes.Length() - slot.m_Location;
+}
+
+std::string zdb_CheckLinkage::WhyNoContinuation(rfm_Handle next) const {
+  if (next.Group() >= m_Groups.size() || next.Slot() == 0 || next.Slot() >= m_Groups[next.Group()].m_Used) {
+    return "which is no linkage in use";
   }
-  slot.m_Extent = true;
+  if (!rfm_LinkageRules::MayContinueAt(next)) return "which heads an object that every database has";
+  return std::string();
 }
 
 zdb_CheckLinkage::Slot* zdb_CheckLinkage::Follow(rfm_Handle next) {
-  if (next.Group() >= m_Groups.size() || next.Slot() == 0) return nullptr;
-  Group& group = m_Groups[next.Group()];
-  if (next.Slot() >= group.m_Used) return nullptr;
-  Slot& slot = group.m_Slots[static_cast<std::size_t>(next.Slot())];
+  if (!WhyNoContinuation(next).empty()) return nullptr;
+  Slot& slot = SlotOf(next);
   return slot.m_Valid ? &slot : nullptr;
 }
 
@@ -174,12 +173,14 @@ void zdb_CheckLinkage::FollowChains() {
     for (int place = 1; place < m_Groups[index].m_Used; ++place) {
       Slot const& slot = m_Groups[index].m_Slots[static_cast<std::size_t>(place)];
       if (!slot.m_Valid || slot.m_Next.IsNull()) continue;
-      if (Follow(slot.m_Next) == nullptr) {
+      std::string why = WhyNoContinuation(slot.m_Next);
+      if (!why.empty()) {
         m_Report.Problem(zdb_HandleSubject(rfm_Handle::Make(static_cast<int>(index), place)) +
-                         ": its chain continues at handle " + std::to_string(slot.m_Next.Value()) +
-                         ", which is no linkage in use");
+                         ": its chain continues at handle " + std::to_string(slot.m_Next.Value()) + ", " + why);
         continue;
       }
+      // A continuation whose fields are no offsets is reported with them.
+      if (Follow(slot.m_Next) == nullptr) continue;
       continued[slot.m_Next.Group() * kSlots + static_cast<std::size_t>(slot.m_Next.Slot())] = true;
     }
   }
@@ -206,6 +207,8 @@ void zdb_CheckLinkage::FollowChains() {
 std::vector<zdb_Extent> zdb_CheckLinkage::Walk(rfm_Handle head) {
   std::vector<zdb_Extent> extents;
   bool extentsEnded = false;
+  rfm_ChainSizes sizes;
+  bool sizesHold = true;
   rfm_Handle previous;
   for (rfm_Handle link = head; !link.IsNull();) {
     Slot* slot = link == head ? &SlotOf(head) : Follow(link);
@@ -221,6 +224,14 @@ std::vector<zdb_Extent> zdb_CheckLinkage::Walk(rfm_Handle head) {
       break;
     }
     slot->m_Owner = head.Value();
+    if (sizesHold && !sizes.Take(slot->m_Allocation, slot->m_Length)) {
+      sizesHold = false;
+      m_Report.Problem(zdb_HandleSubject(link) +
+                       (sizes.Allocation() >= rfm_OffsetConverter::kLargest
+                            ? ": the allocations of its object's chain add up to 2^62 bytes or more"
+                            : ": holds bytes after an extent of its object that is not full"));
+      extentsEnded = true;
+    }
     // A chain reads as far as its extents lie in the file, as a reader's does.
     if (slot->m_Location >= kRfmBlock0Size && !slot->m_Extent) extentsEnded = true;
     if (slot->m_Extent && !extentsEnded) extents.push_back({slot->m_Location, slot->m_Length});

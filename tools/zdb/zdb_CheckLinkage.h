@@ -38,8 +38,9 @@ private:
     utl_FileOffset m_Length = 0;
     utl_FileOffset m_Location = 0;
     rfm_Handle m_Next;
-    bool m_Valid = true;    // all three sizes are valid stored offsets
-    std::string m_Invalid;  // when not: which one and what it holds, "location (nan)"
+    bool m_Valid = true;         // all three sizes are valid stored offsets
+    std::string m_Invalid;       // when not: the first that is not and what it holds, "location (nan)"
+    std::string m_LocationText;  // what an invalid location holds, "nan"
     bool m_Extent = false;  // valid, with an extent that lies inside the file
     int m_Owner = 0;        // the object whose chain reaches it, 0 before the walk
   };
@@ -54,7 +55,10 @@ private:
   bool ReadGroup(int index, utl_FileOffset offset, Group& group);
   void CheckSlots();
   void CheckSlot(rfm_Handle handle, Slot& slot);
-  // The slot that next names when it is a used, valid linkage, else null.
+  // Why a chain cannot go on at next (rfm_LinkageRules), "" when it can.
+  std::string WhyNoContinuation(rfm_Handle next) const;
+  // The slot that next names when a chain can go on there and its fields
+  // are valid, else null.
   Slot* Follow(rfm_Handle next);
   void FollowChains();
   // Walks the chain from head, marking its slots; answers its extents.

@@ -10,6 +10,8 @@
 #include "zdb_CheckReport.h"
 #include "zdb_CheckSpace.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <vector>
 
@@ -33,16 +35,11 @@ bool ReadHeader(zdb_CheckSpace const& space, std::vector<std::int32_t>& words, s
   return true;
 }
 
-void ReportPartialRow(zdb_CheckReport& report, std::string const& subject, utl_FileOffset rows, utl_FileOffset rest) {
-  report.Problem(subject + ": " + std::to_string(rest) + " bytes after its last whole row (row " +
-                 std::to_string(rows) + ")");
-}
-
 }  // namespace
 
 char const* zdb_CheckObjects::Check(zdb_CheckSpace const& space) {
   std::int32_t magic = 0;
-  if (space.Length() < 4 || !space.Word(0, magic)) return "space";
+  if (space.Length() < kRfmObjectKindSize || !space.Word(0, magic)) return "space";
   std::string handle = std::to_string(space.Handle().Value());
   switch (static_cast<std::uint32_t>(magic)) {
     case kRfmTableMagic:
@@ -76,25 +73,27 @@ void zdb_CheckObjects::CheckTable(zdb_CheckSpace const& space, std::string const
   }
   // A table with no fields has rows of no size and no rows.
   if (layout->m_RowSize == 0) return;
+  // There is no row count on disk: readers take the rows' bytes divided by
+  // the row size, rounded to the nearest whole row, so that a torn last row,
+  // as a killed writer leaves it, is read with zeros for its missing bytes.
   utl_FileOffset body = space.Length() - kTableHeader;
-  utl_FileOffset rows = body / layout->m_RowSize;
-  if (body % layout->m_RowSize != 0) ReportPartialRow(m_Report, subject, rows, body % layout->m_RowSize);
-  // A row is read only when the table holds one, so a damaged layout never
-  // sizes a buffer beyond the file's own bytes.
+  utl_FileOffset rows = (2 * body + layout->m_RowSize) / (2 * layout->m_RowSize);
+  if (rows > INT_MAX) {
+    m_Report.Problem(subject + ": " + std::to_string(rows) + " rows, more than a row number can count");
+    return;
+  }
+  // A row is read only when the table holds at least half of one, so a
+  // damaged layout never sizes a buffer beyond twice the file's own bytes.
   if (rows == 0) return;
   int positions = static_cast<int>(layout->m_Fields.size());
   std::vector<char> row(static_cast<std::size_t>(layout->m_RowSize));
   for (utl_FileOffset number = 0; number < rows; ++number) {
-    if (!space.Read(kTableHeader + number * layout->m_RowSize, row.data(), row.size())) return;
+    utl_FileOffset start = number * layout->m_RowSize;
+    std::size_t stored = static_cast<std::size_t>(std::min<utl_FileOffset>(layout->m_RowSize, body - start));
+    std::fill(row.begin() + static_cast<std::ptrdiff_t>(stored), row.end(), '\0');
+    if (!space.Read(kTableHeader + start, row.data(), stored)) return;
     std::string where = "row " + std::to_string(number);
-    for (int word = 0; word < layout->m_BitmapWords; ++word) {
-      auto bits = static_cast<std::uint32_t>(zdb_Word(row.data() + 4 * word));
-      int usedBits = std::min(32, positions - 32 * word);
-      if (usedBits < 32 && (bits >> usedBits) != 0) {
-        m_Report.RepeatedProblem(subject, subject + ": " + where + " has presence bits set beyond its " +
-                                              std::to_string(positions) + " fields");
-      }
-    }
+    // Presence bits beyond the fields are user bytes that no reader looks at.
     for (int position = 0; position < positions; ++position) {
       zdb_CheckedLayout::Field const& field = layout->m_Fields[static_cast<std::size_t>(position)];
       bool present = (zdb_Word(row.data() + 4 * (position / 32)) >> (position % 32)) & 1;
@@ -118,10 +117,8 @@ void zdb_CheckObjects::CheckArray(zdb_CheckSpace const& space, std::string const
     m_Report.Problem(subject + ": " + std::to_string(fields) + " elements a row is impossible");
     return;
   }
-  utl_FileOffset rowSize = static_cast<utl_FileOffset>(fields) * zdb_FieldSize(type);
-  utl_FileOffset body = space.Length() - kArrayHeader;
-  utl_FileOffset rows = body / rowSize;
-  if (body % rowSize != 0) ReportPartialRow(m_Report, subject, rows, body % rowSize);
+  // As in a table, a torn last row is no damage.
+  utl_FileOffset rows = (space.Length() - kArrayHeader) / (static_cast<utl_FileOffset>(fields) * zdb_FieldSize(type));
   if (type != rfm_TypeString) return;
   char external[zdb_CheckPool::kExternalSize];
   for (utl_FileOffset element = 0; element < rows * fields; ++element) {

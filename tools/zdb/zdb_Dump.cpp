@@ -79,6 +79,8 @@ public:
 
   // Dumps the object; a failure is told to the sink and answered as its message.
   std::string Dump(rfm_Handle handle);
+  // The rows and items dumped so far.
+  long long Shown() const { return m_Shown; }
 
 private:
   void DumpObject(rfm_Handle handle, rfm_Type type);
@@ -93,6 +95,7 @@ private:
   zdb_DumpSink& m_Sink;
   RowRange m_Rows;
   bool m_Headed = false;  // the sink has the current object's heading
+  long long m_Shown = 0;
 };
 
 std::string Dumper::Dump(rfm_Handle handle) {
@@ -170,6 +173,7 @@ void Dumper::DumpTable(rfm_Handle handle) {
     rfm_Row row = table.ReadRow(number);
     for (std::size_t i = 0; i < fields.size(); ++i) values[i] = Field(row, *fields[i]);
     m_Sink.Row(number, values);
+    ++m_Shown;
   }
 }
 
@@ -191,6 +195,7 @@ void Dumper::DumpArray(rfm_Handle handle, rfm_Array<T, Type> const& array) {
     }
     for (int i = 0; i < fields; ++i) values[static_cast<std::size_t>(i)] = ValueOf(row[static_cast<std::size_t>(i)]);
     m_Sink.Row(number, values);
+    ++m_Shown;
   }
 }
 
@@ -219,6 +224,7 @@ void Dumper::DumpStream(rfm_Handle handle) {
         value = ValueOf(stream.GetString());
     }
     m_Sink.Item(number, stream.GetID(), tag, value);
+    ++m_Shown;
   }
 }
 
@@ -244,6 +250,11 @@ std::vector<rfm_Handle> Selection(zdb_Database const& database, zdb_Arguments co
       if (table != database.Database().Table(handle, -1, -1).TableMetadata().TableName().CStr()) continue;
     }
     selected.push_back(handle);
+  }
+  // A layout that no table uses leaves nothing to show: asked for by name,
+  // that is a failure, not an empty dump.
+  if (arguments.Has("table") && selected.empty()) {
+    throw zdb_Failure(database.Name() + ": no table uses the layout \"" + table + "\"");
   }
   return selected;
 }
@@ -275,6 +286,12 @@ int Run(std::vector<std::string> const& words) {
     status = kZdbFailed;
   }
   sink->End();
+  // Rows asked for that no object has are told, as a missing table is.
+  if (status == kZdbSuccess && arguments.Has("rows") && dumper.Shown() == 0 && !selected.empty()) {
+    std::fprintf(stderr, "zdb dump: %s: no row or item lies in --rows %s\n", database.Name().c_str(),
+                 arguments.Value("rows", "").c_str());
+    status = kZdbFailed;
+  }
   return status;
 }
 
@@ -305,6 +322,10 @@ zdb_Command const zdb_DumpCommand = {
     "\"Infinity\" and \"-Infinity\". Strings are UTF-8: a byte that is not part\n"
     "of valid UTF-8 becomes the character of the same number (\\u0080 to\n"
     "\\u00FF). An object that could not be read in full has an \"error\" member,\n"
-    "and the exit status is then 1.\n",
+    "and the exit status is then 1.\n"
+    "\n"
+    "What was asked for and cannot be shown fails with exit status 1 and the\n"
+    "reason on standard error: no table of the layout NAME, no row or item in\n"
+    "--rows A:B.\n",
     Run,
 };

@@ -67,6 +67,8 @@ void Tell(std::string const& line) {
 // What the watcher last told, so that it tells only changes.
 enum class State { kQuiet, kInTransaction, kUnreadable };
 
+constexpr char kUnreadableLine[] = "file unreadable";
+
 class Watcher {
 public:
   explicit Watcher(std::string const& name) : m_Name(name), m_Database(new zdb_Database(name)) {
@@ -84,10 +86,17 @@ public:
 private:
   void PollOnce();
   void Reopen();
-  void Enter(State state, char const* line) {
+  void Enter(State state, std::string const& line) {
     if (m_State != state) Tell(line);
     m_State = state;
   }
+  // Tells, once, that the file cannot be read, and why.
+  void Unreadable(std::string const& reason) {
+    std::string line = kUnreadableLine;
+    Enter(State::kUnreadable, reason.empty() ? line : line + ": " + reason);
+  }
+  // Why the file cannot be read, as opening it tells; "" when it can be.
+  std::string Reason() const;
 
   std::string m_Name;
   std::unique_ptr<zdb_Database> m_Database;
@@ -97,9 +106,18 @@ private:
 void Watcher::Poll() {
   try {
     PollOnce();
-  } catch (std::exception const&) {
-    Enter(State::kUnreadable, "file unreadable");
+  } catch (std::exception const& e) {
+    Unreadable(e.what());
   }
+}
+
+std::string Watcher::Reason() const {
+  try {
+    zdb_Database database(m_Name);
+  } catch (std::exception const& e) {
+    return e.what();
+  }
+  return std::string();
 }
 
 void Watcher::PollOnce() {
@@ -109,7 +127,8 @@ void Watcher::PollOnce() {
     case rfm_FileStatus::kInTransaction:
       return Enter(State::kInTransaction, "transaction running");
     case rfm_FileStatus::kUnreadable:
-      return Enter(State::kUnreadable, "file unreadable");
+      if (m_State != State::kUnreadable) Unreadable(Reason());
+      return;
     case rfm_FileStatus::kReplaced:
       Tell("file replaced");
       m_State = State::kQuiet;
@@ -129,8 +148,8 @@ void Watcher::Reopen() {
   try {
     m_Database.reset(new zdb_Database(m_Name));
     Tell("watching the new file, flush count " + std::to_string(m_Database->Database().GetFlushCount()));
-  } catch (std::exception const&) {
-    Enter(State::kUnreadable, "file unreadable");
+  } catch (std::exception const& e) {
+    Unreadable(e.what());
   }
 }
 
@@ -161,7 +180,8 @@ zdb_Command const zdb_WatchCommand = {
     "  transaction ended      it went\n"
     "  file replaced          another database took the file's place; the\n"
     "                         new one is opened and watched\n"
-    "  file unreadable        the file cannot be read (removed, cut short)\n"
+    "  file unreadable: WHY   the file cannot be read (removed, cut short,\n"
+    "                         replaced by what is not a regular file)\n"
     "  file readable again\n"
     "Runs until interrupted (Ctrl-C, SIGTERM), then exits with status 0.\n"
     "Plain files only: a compressed file is read as it was when opened.\n",

@@ -8,8 +8,14 @@
 // to the position and advance it; Seek itself costs no system call. Every
 // failure raises nex_PrimException<atr_String, 1> with the file's name and
 // the system's reason.
+//
+// Invariant: an open utl_File is a regular file. Opening never blocks: a
+// name that stands for anything else is refused with kNotRegularFileText.
 class ZQA_EXPORT utl_File {
 public:
+  // The text that refuses a name that is no regular file; %s is the name.
+  static constexpr char kNotRegularFileText[] = "*** ERROR: Not a regular file (a FIFO, a device or a directory): %s.";
+
   utl_File() = default;
   utl_File(cow_String const& name, int access, int sharing = utl_FileShareNone);
   ~utl_File();
@@ -36,6 +42,9 @@ public:
 
 private:
   [[noreturn]] void RaiseSystemError(int line) const;
+  [[noreturn]] void RaiseNotRegular(int line) const;
+  // Raises the system's reason for the last failure after closing the file.
+  [[noreturn]] void RaiseAndClose(int line);
 
   cow_String m_Name;
   int m_Descriptor = -1;

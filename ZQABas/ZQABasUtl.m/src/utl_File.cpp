@@ -59,13 +59,36 @@ void utl_File::Open(cow_String const& name, int access, int) {
     default:
       ZQA_ASSERT(kSourcePath, !"Incorrect file access.");
   }
+  // Opened without blocking: a FIFO without a writer would hold the open
+  // for good. Only a regular file is taken; what else a name can stand for
+  // (a FIFO, a device, a directory, a socket) is refused before anything is
+  // read from it or written to it.
   int descriptor;
   do {
-    descriptor = ::open(name.CStr(), flags, 0666);
+    descriptor = ::open(name.CStr(), flags | O_NONBLOCK, 0666);
   } while (descriptor < 0 && errno == EINTR);
+  if (descriptor < 0 && errno == EISDIR) RaiseNotRegular(__LINE__);
   if (descriptor < 0) RaiseSystemError(__LINE__);
   m_Descriptor = descriptor;
   m_Position = 0;
+  struct stat status;
+  if (::fstat(descriptor, &status) < 0) RaiseAndClose(__LINE__);
+  if (!S_ISREG(status.st_mode)) {
+    Close();
+    RaiseNotRegular(__LINE__);
+  }
+  if (::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK) < 0) RaiseAndClose(__LINE__);
+}
+
+void utl_File::RaiseNotRegular(int line) const {
+  nex_ThrowMessage(kSourcePath, line, atr_SubstituteFormat(atr_translate(kNotRegularFileText), m_Name));
+}
+
+void utl_File::RaiseAndClose(int line) {
+  int error = errno;
+  Close();
+  errno = error;
+  RaiseSystemError(line);
 }
 
 void utl_File::Close() noexcept {

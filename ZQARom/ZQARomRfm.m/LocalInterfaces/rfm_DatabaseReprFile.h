@@ -24,8 +24,9 @@
 //   groups that describe a prefix of every object (see DumpGroupList), so
 //   that a writer killed inside a flush loses no earlier flush.
 // - Extents and groups never overlap, every linkage continues at most one
-//   other, and an extent's used bytes lie within the file: a group list
-//   read from disk that breaks these is refused whole.
+//   other, every chain starts at a head, and an extent's used bytes lie
+//   within the file: a group list read from disk that breaks these or
+//   rfm_LinkageRules is refused whole. Free slots are not read.
 class rfm_DatabaseReprFile : public rfm_DatabaseRepr {
 public:
   // The on-disk form of a linkage group: 512 linkages of 28 bytes.
@@ -122,9 +123,10 @@ private:
   // bytes.
   bool LoadSteadyGroupList(GroupList& groups, int readings);
   int ReadFlushCount();
-  // Checks the slots in use against the bytes the file stores and against
-  // each other: chains join nowhere, and no two extents, groups or block 0
-  // share a byte. Marks the linkages that continue a chain.
+  // Holds the slots in use to rfm_LinkageRules and to each other: chains
+  // join nowhere, each starts at a head, and no two extents, groups or block
+  // 0 share a byte. Marks the linkages that continue a chain. How a chain
+  // fills its extents (rfm_ChainSizes) is its space's to check, as it opens.
   void CheckLinkages(GroupList& groups, utl_FileOffset stored) const;
   void DumpGroupList();
   // Which of the objects that others refer to owns link: 0 the string pool,

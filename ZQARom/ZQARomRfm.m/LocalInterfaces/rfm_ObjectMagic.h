@@ -10,6 +10,10 @@ constexpr std::uint32_t kRfmMetadataMagic = 0xFAAAEBBB;
 constexpr std::uint32_t kRfmTableMagic = 0xAAAFBBBE;
 constexpr std::uint32_t kRfmTaggedStreamMagic = 0xFAAFEBBE;
 constexpr std::uint32_t kRfmArrayMagic = 0xFFFAEEEB;
+// The bytes by which an object tells its kind (rfm_Database::HandleType):
+// the magic, then for an array its change count and element type. An
+// object shorter than this is a plain space, whatever its first word.
+constexpr int kRfmObjectKindSize = 12;
 
 constexpr int kRfmStringPoolHandle = 1;
 constexpr int kRfmReservedHandle = 2;  // created empty at creation and never used

@@ -9,6 +9,7 @@
 #include "rfm_DestructorFlush.h"
 #include "rfm_FileException.h"
 #include "rfm_HandleConverter.h"
+#include "rfm_LinkageRules.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_OffsetConverter.h"
 #include "rfm_SpaceReprFile.h"
@@ -410,6 +411,7 @@ void rfm_DatabaseReprFile::DecodeGroup(char const* bytes, utl_FileOffset offset,
   group.m_Offset = offset;
   group.m_Dirty = false;
   group.m_Used = rfm_DatabaseGroup::kSlots;
+  // What the slots hold is judged in CheckLinkages, for the slots in use only.
   for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kLinkageSize) {
     rfm_Linkage& link = group.m_Linkages[slot];
     link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes + kLinkageAllocation);
@@ -417,9 +419,6 @@ void rfm_DatabaseReprFile::DecodeGroup(char const* bytes, utl_FileOffset offset,
     link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLocation);
     link.m_Next = rfm_HandleConverter::Internalize(order, bytes + kLinkageNext);
     link.m_Continues = false;
-    if (link.m_Allocation < 0 || link.m_Length < 0 || link.m_Location < 0 || link.m_Length > link.m_Allocation) {
-      RaiseCorrupt(__LINE__);
-    }
     if (slot > 0 && link.m_Location == 0 && group.m_Used == rfm_DatabaseGroup::kSlots) group.m_Used = slot;
   }
 }
@@ -431,24 +430,23 @@ void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups, utl_FileOffset store
     bool operator<(Range const& other) const { return m_Start < other.m_Start; }
   };
   std::vector<Range> ranges{{0, kRfmBlock0Size}};
+  std::size_t used = 0;
   for (auto const& group : groups) {
     ranges.push_back({group->m_Offset, kGroupSize});
-    // Free slots mean nothing, whatever they hold.
+    used += static_cast<std::size_t>(group->m_Used - 1);
     for (int slot = 1; slot < group->m_Used; ++slot) {
       rfm_Linkage const& link = group->m_Linkages[slot];
-      // A location inside block 0 only holds the slot of a space that has
-      // not grown: it has no bytes. Used bytes lie within what the file holds.
-      if (link.m_Location < kRfmBlock0Size && link.m_Allocation != 0) RaiseCorrupt(__LINE__);
-      bool const beyond = link.m_Location > stored - link.m_Length;
-      if (link.m_Length > 0 && (beyond || !File().Stores(link.m_Location, link.m_Length))) RaiseCorrupt(__LINE__);
+      if (rfm_LinkageRules::Check(link.m_Allocation, link.m_Length, link.m_Location, link.m_Next, stored) !=
+              rfm_LinkageRules::kSound ||
+          !File().Stores(link.m_Location, link.m_Length)) {
+        RaiseCorrupt(__LINE__);
+      }
       if (link.m_Allocation > 0) ranges.push_back({link.m_Location, link.m_Allocation});
       rfm_Handle next = link.m_Next;
       if (next.IsNull()) continue;
-      // A chain goes on in a slot in use, never in a group's link slot nor
-      // in the objects made with the database, which head their chains; and
-      // no two chains share a linkage.
-      if (next.Group() >= groups.size() || next.Slot() == 0 || next.Slot() >= groups[next.Group()]->m_Used ||
-          next.Value() <= kRfmMetadataHandle) {
+      // A chain goes on in a slot in use, and no two chains share a linkage.
+      if (next.Group() >= groups.size() || next.Slot() >= groups[next.Group()]->m_Used ||
+          !rfm_LinkageRules::MayContinueAt(next)) {
         RaiseCorrupt(__LINE__);
       }
       rfm_Linkage& continued = groups[next.Group()]->m_Linkages[next.Slot()];
@@ -456,6 +454,18 @@ void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups, utl_FileOffset store
       continued.m_Continues = true;
     }
   }
+  // Every chain starts at a head: a linkage that no head reaches lies on a
+  // loop. No walk meets a linkage twice, since none is continued twice.
+  std::size_t reached = 0;
+  for (std::size_t index = 0; index < groups.size(); ++index) {
+    for (int slot = 1; slot < groups[index]->m_Used; ++slot) {
+      if (groups[index]->m_Linkages[slot].m_Continues) continue;
+      for (rfm_Handle link = rfm_Handle::Make(static_cast<int>(index), slot); !link.IsNull(); ++reached) {
+        link = groups[link.Group()]->m_Linkages[link.Slot()].m_Next;
+      }
+    }
+  }
+  if (reached != used) RaiseCorrupt(__LINE__);
   // Every byte belongs to one extent at most: an extent that a flipped
   // location moved onto another's bytes is found here.
   std::sort(ranges.begin(), ranges.end());

@@ -6,7 +6,7 @@
 #include "rfm_Block0.h"
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_Exc.h"
-#include "rfm_OffsetConverter.h"
+#include "rfm_LinkageRules.h"
 
 #include <algorithm>
 
@@ -46,24 +46,15 @@ bool rfm_SpaceReprFile::ReadOnly() const { return m_Database->ReadOnly(); }
 rfm_StringManager* rfm_SpaceReprFile::StringManager() const { return m_Database->StringManager(); }
 
 void rfm_SpaceReprFile::ComputeSize() const {
-  utl_FileOffset length = 0;
-  utl_FileOffset allocation = 0;
-  bool filling = false;
+  rfm_ChainSizes sizes;
   int steps = 0;
   for (rfm_Handle link = m_Head; !link.IsNull(); link = m_Database->Linkage(link).m_Next) {
     if (++steps > m_Database->ChainLimit()) m_Database->RaiseCorrupt(__LINE__);
     rfm_Linkage const& extent = m_Database->Linkage(link);
-    // Writes fill extents in chain order, so after one that is not full
-    // only empty ones follow.
-    if (filling && extent.m_Length > 0) m_Database->RaiseCorrupt(__LINE__);
-    filling = filling || extent.m_Length < extent.m_Allocation;
-    length += extent.m_Length;
-    allocation += extent.m_Allocation;
-    // Each stored size is below 2^62: a sum that passes it was damaged.
-    if (allocation >= rfm_OffsetConverter::kLargest) m_Database->RaiseCorrupt(__LINE__);
+    if (!sizes.Take(extent.m_Allocation, extent.m_Length)) m_Database->RaiseCorrupt(__LINE__);
   }
-  m_Length = length;
-  m_Allocation = allocation;
+  m_Length = sizes.Length();
+  m_Allocation = sizes.Allocation();
 }
 
 utl_FileOffset rfm_SpaceReprFile::Length() const {

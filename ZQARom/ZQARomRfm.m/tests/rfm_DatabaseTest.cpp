@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
@@ -248,8 +249,14 @@ TEST(DatabasePlainFileTest, LinkagesThatContradictTheFileOrEachOtherAreRefused) 
   }));
   // Space 5 continuing in slot 6, which already continues space 4.
   EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 6); }));
-  // Space 5 continuing in the catalogue, which heads its own chain.
+  // Space 5 continuing in the catalogue, or in the reserved space, which
+  // head their own chains.
   EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 3); }));
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 2); }));
+  // Space 5 continuing in itself: a loop that no head reaches.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(5) + 24, 5); }));
+  // The reserved space, which never grew, continuing in space 5.
+  EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) { PutStoredInt(bytes, slot(2) + 24, 5); }));
   // Space 5's extent moved onto space 4's bytes.
   EXPECT_EQ(corrupt, openDamaged([&](std::string& bytes) {
     bytes.replace(slot(5) + 16, 8, good.substr(slot(4) + 16, 8));
@@ -269,6 +276,37 @@ TEST(DatabasePlainFileTest, LinkagesThatContradictTheFileOrEachOtherAreRefused) 
   // Slot 6 is the middle of space 4, no object of its own.
   EXPECT_EQ("***ERROR: Database is not valid. This may indicate that the database has been corrupted.",
             MessageOf([&] { database.Space(rfm_Handle(6), -1); }));
+}
+
+// Free slots and slot 0's sizes and next are read by no one: whatever they
+// hold, a cut write of a killed writer or damage, the file opens and reads.
+TEST(DatabasePlainFileTest, WhatNoReaderLooksAtIsAccepted) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("free.zdb");
+  {
+    rfm_Database database = CreateTestDatabase(name);
+    WriteSpace(database, "kept");
+  }
+  std::string const good = zqa_ReadFileBytes(name);
+  auto slot = [](int handle) { return std::size_t(1024 + 28 * handle); };
+  std::string bytes = good;
+  // Slot 0: sizes with a length above the allocation, and a next group's handle.
+  PutStoredDouble(bytes, slot(0), 8);
+  PutStoredDouble(bytes, slot(0) + 8, 1024);
+  PutStoredInt(bytes, slot(0) + 24, 512);
+  // The first free slot: a length above its allocation. The next: no offsets at all.
+  PutStoredDouble(bytes, slot(5) + 8, 1024);
+  PutStoredDouble(bytes, slot(6), -1);
+  PutStoredDouble(bytes, slot(6) + 8, std::nan(""));
+  PutStoredInt(bytes, slot(6) + 24, 3);
+  // A slot beyond a free one, with an extent: free all the same.
+  PutStoredDouble(bytes, slot(7), 4);
+  PutStoredDouble(bytes, slot(7) + 8, 4);
+  PutStoredDouble(bytes, slot(7) + 16, 1024 + kGroup);
+  zqa_WriteFileBytes(name, bytes);
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  EXPECT_EQ("kept", ReadSpace(database, rfm_Handle(4)));
+  EXPECT_EQ(4u, FileRepr(database).ObjectHandles().size()) << "slot 7 holds no object";
 }
 
 TEST_P(DatabaseTest, DescriptionCreationTimeAndStatistics) {

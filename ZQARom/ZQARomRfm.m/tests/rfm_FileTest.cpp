@@ -1,6 +1,10 @@
+#include "atr_SubstituteFormat.h"
+#include "rfm_Database.h"
 #include "rfm_Exc.h"
 #include "rfm_File.h"
 #include "rfm_FileException.h"
+#include "rfm_FileStatus.h"
+#include "utl_File.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +14,7 @@
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -129,6 +134,48 @@ TEST(FileTest, PermissionsAreCheckedBeforeOpening) {
         Require(reader.ReadOnly(), "reader not read-only");
       },
       true);
+  EXPECT_EQ(0, status);
+}
+
+// A name that stands for no regular file is refused by every way of
+// opening it, at once: a FIFO without a writer would block the open for
+// good. A reader whose file is replaced by one finds it unreadable. All of
+// it runs in a child that an alarm ends, so that a blocking open fails the
+// test rather than hanging it.
+TEST(FileTest, WhatIsNoRegularFileIsRefusedWithoutBlocking) {
+  zqa_TestDir dir;
+  cow_String const fifo = dir.File("fifo.zdb");
+  ASSERT_EQ(0, ::mkfifo(fifo.CStr(), 0600));
+  cow_String const directory = dir.File("directory.zdb");
+  ASSERT_EQ(0, ::mkdir(directory.CStr(), 0700));
+  cow_String const watched = dir.File("watched.zdb");
+  cow_String const nextFifo = dir.File("next-fifo");
+  ASSERT_EQ(0, ::mkfifo(nextFifo.CStr(), 0600));
+  int const status = zqa_RunInChild([&] {
+    ::alarm(30);
+    for (cow_String const& name : {fifo, directory, cow_String("/dev/null")}) {
+      std::string const refused = atr_SubstituteFormat(utl_File::kNotRegularFileText, name).CStr();
+      for (int access : {utl_FileAccessRead, utl_FileAccessUpdate, utl_FileAccessCreate}) {
+        try {
+          rfm_File::Open(name, static_cast<utl_FileAccess>(access), false);
+          Require(false, "opened what is no regular file");
+        } catch (Message const& e) {
+          Require(refused == e.what(), e.what());
+        }
+      }
+      try {
+        rfm_File::CreateCompressed(name);
+        Require(false, "created a compressed file on what is no regular file");
+      } catch (Message const& e) {
+        Require(refused == e.what(), e.what());
+      }
+    }
+    rfm_Database::Create(rfm_File::Open(watched, utl_FileAccessCreate, false), "APP", "watched", 1);
+    rfm_Database reader = rfm_Database::Open(rfm_File::Open(watched, utl_FileAccessRead, false), "");
+    Require(reader.FileStatus() == rfm_FileStatus::kUnchanged, "a new reader sees a change");
+    Require(::rename(nextFifo.CStr(), watched.CStr()) == 0, "rename");
+    Require(reader.FileStatus() == rfm_FileStatus::kUnreadable, "a FIFO in the file's place is not unreadable");
+  });
   EXPECT_EQ(0, status);
 }
 

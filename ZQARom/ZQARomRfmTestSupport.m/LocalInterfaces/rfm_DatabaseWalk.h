@@ -25,6 +25,11 @@ class rfm_TaggedStream;
 // rfm_Database::HandleType says. Damage surfaces as the library's
 // exceptions, which the walk lets through.
 //
+// Walked as stored, the objects are instead every one that the linkage
+// groups list, each read as what its own first words make it, and handles
+// in rows and items are not followed: what a program that knows no schema
+// reads of a file, as zdb does.
+//
 // Invariant: each object is read once, so a damaged file whose handles
 // loop ends the walk like any other.
 class rfm_DatabaseWalk {
@@ -34,6 +39,8 @@ public:
   // byte is not written down: it may lie past the database), and walks the
   // database in it.
   static std::string Walk(cow_String const& name);
+  // The same, walking the objects as stored.
+  static std::string WalkStored(cow_String const& name);
   // The items of the tagged stream at handle, one line each.
   static std::string WalkTaggedStream(rfm_Database const& database, rfm_Handle handle);
 
@@ -41,6 +48,8 @@ private:
   explicit rfm_DatabaseWalk(rfm_Database const& database) : m_Database(database) {}
 
   void Line(std::string const& text) { m_Text.append(text).append("\n"); }
+  // The description, creation time, catalogue and statistics of file's database.
+  void Head(rfm_File const& file);
   void Catalogue();
   void Statistics(char const* title, cow_List<cow_String> const& lines);
   void Objects();
@@ -57,6 +66,7 @@ private:
   void Meet(rfm_Handle handle);
 
   rfm_Database m_Database;
+  bool m_FollowHandles = true;
   std::string m_Text;
   std::set<int> m_Met;
   std::map<int, int> m_Declared;  // handle to the rfm_Type declared for it

@@ -2,6 +2,7 @@
 
 #include "omi_BtreeIterator.h"
 #include "rfm_Array.h"
+#include "rfm_DatabaseReprFile.h"
 #include "rfm_Row.h"
 #include "rfm_Space.h"
 #include "rfm_Table.h"
@@ -74,13 +75,29 @@ std::string rfm_DatabaseWalk::Walk(cow_String const& name) {
     file->Read(&last, 1);
   }
   rfm_DatabaseWalk walk(rfm_Database::Open(file, ""));
-  walk.Line("description " + Quoted(walk.m_Database.Description()));
-  walk.Line("created " + Decimal(rfm_Database::GetCreationTime(file)));
-  walk.Catalogue();
-  walk.Statistics("database", walk.m_Database.GetDBStatistics());
+  walk.Head(file);
   walk.Objects();
   walk.LocationReport();
   return walk.m_Text;
+}
+
+std::string rfm_DatabaseWalk::WalkStored(cow_String const& name) {
+  rfm_File file = rfm_File::Open(name, utl_FileAccessRead, false);
+  rfm_DatabaseWalk walk(rfm_Database::Open(file, ""));
+  walk.m_FollowHandles = false;
+  walk.Head(file);
+  for (rfm_Handle handle : dynamic_cast<rfm_DatabaseReprFile&>(walk.m_Database.Repr()).ObjectHandles()) {
+    walk.Object(handle);
+  }
+  walk.LocationReport();
+  return walk.m_Text;
+}
+
+void rfm_DatabaseWalk::Head(rfm_File const& file) {
+  Line("description " + Quoted(m_Database.Description()));
+  Line("created " + Decimal(rfm_Database::GetCreationTime(file)));
+  Catalogue();
+  Statistics("database", m_Database.GetDBStatistics());
 }
 
 std::string rfm_DatabaseWalk::WalkTaggedStream(rfm_Database const& database, rfm_Handle handle) {
@@ -110,6 +127,7 @@ void rfm_DatabaseWalk::Statistics(char const* title, cow_List<cow_String> const&
 }
 
 void rfm_DatabaseWalk::Declare(rfm_Row const& row) {
+  if (!m_FollowHandles) return;
   rfm_FieldHandle const kind("Kind", -1);
   rfm_FieldHandle const object("Object", -1);
   if (row.FieldIsPresent(kind) && row.FieldIsPresent(object) && row.DataIsPresent(kind) && row.DataIsPresent(object) &&
@@ -120,7 +138,7 @@ void rfm_DatabaseWalk::Declare(rfm_Row const& row) {
 }
 
 void rfm_DatabaseWalk::Meet(rfm_Handle handle) {
-  if (m_Met.insert(handle.Value()).second) m_Pending.push_back(handle);
+  if (m_FollowHandles && m_Met.insert(handle.Value()).second) m_Pending.push_back(handle);
 }
 
 void rfm_DatabaseWalk::Objects() {

@@ -1,4 +1,5 @@
 #include "rfm_Array.h"
+#include "rfm_DatabaseWalk.h"
 #include "rfm_Table.h"
 #include "rfm_TestBytes.h"
 #include "zdb_TestFiles.h"
@@ -146,11 +147,6 @@ TEST(ZdbCheckTest, DamageToBlockZeroAndTheLinkageGroupsIsReported) {
              PutStoredInt(b, 8, 10);
              return "block 0: version 10 is older than the oldest readable, 11";
            }},
-          {"a negative flush count",
-           [](std::string& b) {
-             PutStoredInt(b, 512, -3);
-             return "block 0: the flush count is negative (-3)";
-           }},
           {"a transfer record that is no length",
            [&](std::string& b) {
              PutStoredDouble(b, 504, nan);
@@ -178,22 +174,17 @@ TEST(ZdbCheckTest, DamageToBlockZeroAndTheLinkageGroupsIsReported) {
           {"a next group offset that is no offset",
            [&](std::string& b) {
              PutStoredDouble(b, 1024 + kLocationField, nan);
-             return "group 0 at offset 1024: its link to the next group holds no valid offset, location (nan)";
+             return "group 0 at offset 1024: its link to the next group holds no valid offset (nan)";
            }},
           {"a next group before this one",
            [](std::string& b) {
              PutStoredDouble(b, 1024 + kLocationField, 500);
              return "group 0 at offset 1024: the next group's offset 500 does not lie further on (a cycle)";
            }},
-          {"a last group that names a next one",
-           [](std::string& b) {
-             PutStoredInt(b, 1024 + kNextField, 7);
-             return "group 0 at offset 1024: its slot 0 names 7 as the next group's handle, not 0";
-           }},
-          {"a used slot after a free one",
+          {"a free slot before the catalogue's",
            [](std::string& b) {
              SetField(b, 2, kLocationField, 0);
-             return "handle 3: follows slot 2, the first free slot of its group, so no reader sees it";
+             return "table catalogue (handle 3): missing";
            }},
           {"a location that is no offset",
            [&](std::string& b) {
@@ -205,10 +196,10 @@ TEST(ZdbCheckTest, DamageToBlockZeroAndTheLinkageGroupsIsReported) {
              SetField(b, ints, kAllocationField, -8);
              return "handle " + intsText + ": its allocation (-8) is no valid size or offset";
            }},
-          {"a length of a fraction of a byte",
+          {"a length beyond any file",
            [&](std::string& b) {
-             SetField(b, ints, kLengthField, 2.5);
-             return "handle " + intsText + ": its length (2.5) is no valid size or offset";
+             SetField(b, ints, kLengthField, 1e300);
+             return "handle " + intsText + ": its length (1.0000000000000001e+300) is no valid size or offset";
            }},
           {"a length above the allocation",
            [&](std::string& b) {
@@ -232,6 +223,23 @@ TEST(ZdbCheckTest, DamageToBlockZeroAndTheLinkageGroupsIsReported) {
            [&](std::string& b) {
              SetNext(b, ints, 300);
              return "handle " + intsText + ": its chain continues at handle 300, which is no linkage in use";
+           }},
+          {"a chain that continues at an object that every database has",
+           [&](std::string& b) {
+             SetNext(b, ints, 2);
+             return "handle " + intsText + ": its chain continues at handle 2, which heads an object that every "
+                    "database has";
+           }},
+          {"a placeholder whose chain continues",
+           [&](std::string& b) {
+             SetNext(b, 2, ints);
+             return "handle 2: has no extent (location 1) but its chain continues at handle " + intsText;
+           }},
+          {"bytes after an extent that is not full",
+           [&](std::string& b) {
+             SetField(b, 1, kLengthField, Field(b, 1, kLengthField) - 1);
+             return "handle " + std::to_string(Next(b, 1)) + ": holds bytes after an extent of its object that is "
+                    "not full";
            }},
           {"a chain that loops",
            [&](std::string& b) {
@@ -402,20 +410,10 @@ TEST(ZdbCheckTest, DamageToTablesArraysAndStreamsIsReported) {
   ExpectEachReported(
       dir, clean,
       {
-          {"a table header cut short",
+          {"an array header cut short after its element type",
            [&](std::string& b) {
-             SetField(b, sample.m_Parts, kLengthField, 8);
-             return parts + ": its header is cut short (8 bytes)";
-           }},
-          {"a torn last row",
-           [&](std::string& b) {
-             shorten(b, sample.m_Parts, 3);
-             return parts + ": 33 bytes after its last whole row (row 3)";
-           }},
-          {"presence bits beyond the fields",
-           [&](std::string& b) {
-             PutObjectInt(b, sample.m_Parts, 12, 0x9F);
-             return parts + ": row 0 has presence bits set beyond its 5 fields";
+             SetField(b, sample.m_Ints, kLengthField, 14);
+             return ints + ": its header is cut short (14 bytes)";
            }},
           {"a string field outside the pool",
            [&](std::string& b) {
@@ -432,21 +430,11 @@ TEST(ZdbCheckTest, DamageToTablesArraysAndStreamsIsReported) {
              PutObjectInt(b, sample.m_Ints, 12, 0);
              return ints + ": 0 elements a row is impossible";
            }},
-          {"a torn last array row",
-           [&](std::string& b) {
-             shorten(b, sample.m_Ints, 4);
-             return ints + ": 4 bytes after its last whole row (row 2)";
-           }},
           {"a string element outside the pool",
            [&](std::string& b) {
              PutObjectDouble(b, sample.m_Strings, 16 + 16, 12345);
              return "array at handle " + std::to_string(sample.m_Strings) +
                     ": row 1, element 0: offset 12345 is no string of the pool";
-           }},
-          {"a stream header cut short",
-           [&](std::string& b) {
-             SetField(b, sample.m_Stream, kLengthField, 4);
-             return stream + ": its header is cut short (4 bytes)";
            }},
           {"an item tag that no item has",
            [&](std::string& b) {
@@ -476,6 +464,52 @@ TEST(ZdbCheckTest, DamageToTablesArraysAndStreamsIsReported) {
              return stream + ": the item at offset 64: offset 12345 is no string of the pool";
            }},
       });
+}
+
+// What every reader passes over is no problem: a file that the library
+// opens and reads whole (rfm_DatabaseWalk) passes the check.
+TEST(ZdbCheckTest, WhatNoReaderLooksAtPasses) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("sample.zdb"));
+  std::string const clean = zqa_ReadFileBytes(sample.m_Name.c_str());
+  int const ints = sample.m_Ints;
+  int firstFree = 1;
+  while (Field(clean, firstFree, kLocationField) != 0) ++firstFree;
+  std::vector<std::pair<char const*, std::function<void(std::string&)>>> const damages = {
+      {"a negative flush count", [](std::string& b) { PutStoredInt(b, 512, -3); }},
+      {"the last group's slot 0 naming a next group and holding sizes",
+       [](std::string& b) {
+         PutStoredInt(b, 1024 + kNextField, 7);
+         PutStoredDouble(b, 1024 + kLengthField, 1024);
+       }},
+      {"a free slot holding a length above its allocation",
+       [&](std::string& b) { SetField(b, firstFree, kLengthField, 1024); }},
+      {"a free slot after a free one holding an extent and a chain",
+       [&](std::string& b) {
+         SetField(b, firstFree + 1, kLocationField, 4096);
+         SetField(b, firstFree + 1, kLengthField, 1e300);
+         SetNext(b, firstFree + 1, ints);
+       }},
+      {"sizes a hair off a whole number of bytes, as readers round them",
+       [&](std::string& b) {
+         SetField(b, ints, kLengthField, std::nextafter(Field(b, ints, kLengthField), 1e9));
+         SetField(b, ints, kAllocationField, std::nextafter(Field(b, ints, kAllocationField), 0.0));
+       }},
+      {"a torn last table row",
+       [&](std::string& b) { SetField(b, sample.m_Parts, kLengthField, Field(b, sample.m_Parts, kLengthField) - 3); }},
+      {"a torn last array row",
+       [&](std::string& b) { SetField(b, ints, kLengthField, Field(b, ints, kLengthField) - 4); }},
+      {"presence bits beyond the fields", [&](std::string& b) { PutObjectInt(b, sample.m_Parts, 12, 0x9F); }},
+  };
+  std::string const name = dir.File("passes.zdb").CStr();
+  for (auto const& [what, apply] : damages) {
+    std::string bytes = clean;
+    apply(bytes);
+    zqa_WriteFileBytes(name.c_str(), bytes);
+    zdb_Run run = RunZdb({"check", name});
+    EXPECT_EQ(0, run.m_Status) << what << "\n" << run.m_Out;
+    EXPECT_NO_THROW(rfm_DatabaseWalk::WalkStored(name.c_str())) << what;
+  }
 }
 
 TEST(ZdbCheckTest, AProblemInEveryRowIsReportedFiveTimesThenCounted) {

@@ -1,3 +1,4 @@
+#include "rfm_TableMetadata.h"
 #include "rfm_TestBytes.h"
 #include "zdb_TestFiles.h"
 #include "zdb_TestTool.h"
@@ -144,7 +145,6 @@ TEST_P(ZdbDumpTest, RowsHandleAndTableChooseWhatIsDumped) {
   char hex[16];
   std::snprintf(hex, sizeof hex, "0x%x", sample.m_Ints);
   EXPECT_EQ(std::vector<int>({2}), rowsOf({"--handle", hex, "--rows", "2"}));
-  EXPECT_EQ(std::vector<int>({}), rowsOf({"--handle", hex, "--rows", "7:9"}));
 
   zdb_Run space = RunZdb({"dump", sample.m_Name, "--handle", "2", "--json"});
   EXPECT_EQ(json::parse(R"({"handle":2,"kind":"space","length":0})"), json::parse(space.m_Out).at("objects")[0]);
@@ -155,6 +155,44 @@ TEST_P(ZdbDumpTest, RowsHandleAndTableChooseWhatIsDumped) {
   zdb_Run noTable = RunZdb({"dump", sample.m_Name, "--table", "Nope"});
   EXPECT_EQ(1, noTable.m_Status);
   EXPECT_EQ("zdb dump: " + sample.m_Name + ": no table layout is named \"Nope\"\n", noTable.m_Err);
+}
+
+// A selection that finds nothing to show fails with its reason rather than
+// printing nothing: rows that no object has, a layout that no table uses,
+// a table whose chain loops onto itself.
+TEST(ZdbDumpSelectionTest, WhatCannotBeShownFailsWithTheReasonAndTheFileName) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("sample.zdb"));
+  zdb_Run rows = RunZdb({"dump", sample.m_Name, "--handle", std::to_string(sample.m_Ints), "--rows", "7:9"});
+  EXPECT_EQ(1, rows.m_Status);
+  EXPECT_EQ("zdb dump: " + sample.m_Name + ": no row or item lies in --rows 7:9\n", rows.m_Err);
+
+  cow_String unused = dir.File("unused.zdb");
+  {
+    rfm_Database database = CreateTestDatabase(unused);
+    rfm_TableMetadata layout("Loads", 1);
+    layout.DefineIntField("x");
+    database.Bind(layout);
+  }
+  zdb_Run layout = RunZdb({"dump", unused.CStr(), "--table", "Loads"});
+  EXPECT_EQ(1, layout.m_Status);
+  EXPECT_EQ("", layout.m_Out);
+  EXPECT_EQ("zdb dump: " + std::string(unused.CStr()) + ": no table uses the layout \"Loads\"\n", layout.m_Err);
+
+  std::string bytes = zqa_ReadFileBytes(sample.m_Name.c_str());
+  PutStoredInt(bytes, LinkageOffset(sample.m_Parts) + kNextField, sample.m_Parts);
+  std::string const looped = dir.File("looped.zdb").CStr();
+  zqa_WriteFileBytes(looped.c_str(), bytes);
+  for (char const* command : {"dump", "info", "objects", "tables"}) {
+    std::vector<std::string> arguments = {command, looped};
+    if (std::string(command) == "dump") arguments.insert(arguments.end(), {"--table", "Parts"});
+    zdb_Run run = RunZdb(arguments);
+    EXPECT_EQ(1, run.m_Status) << command;
+    EXPECT_EQ("", run.m_Out) << command;
+    EXPECT_EQ("zdb " + std::string(command) + ": " + looped +
+                  ": ***ERROR: Unable to procede.  Zorbex database file is corrupt:\n  " + looped + "\n",
+              run.m_Err);
+  }
 }
 
 TEST(ZdbDumpDamageTest, ObjectsThatFailToReadLeaveValidJsonWithTheirErrorsAndExitStatusOne) {

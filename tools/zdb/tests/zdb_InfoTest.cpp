@@ -1,4 +1,5 @@
 #include "rfm_Table.h"
+#include "rfm_TestBytes.h"
 #include "zdb_TestFiles.h"
 #include "zdb_TestTool.h"
 #include "zqa_TestDir.h"
@@ -71,6 +72,25 @@ TEST_P(ZdbInfoTest, ObjectsListsEveryObjectWithItsTypeSizesAndName) {
                   objects[i].m_Handle == 2 ? 0 : extents, objects[i].m_Name);
     EXPECT_EQ(line, lines[i + 1]);
   }
+}
+
+TEST(ZdbObjectsTest, ATableWhoseNameCannotBeReadIsListedAndItsReasonFailsTheCommand) {
+  zqa_TestDir dir;
+  zdb_Sample sample = MakeSample(dir.File("sample.zdb"));
+  std::string bytes = zqa_ReadFileBytes(sample.m_Name.c_str());
+  // The table's layout word names no record of the catalogue.
+  PutStoredInt(bytes, FileOffsetOf(bytes, sample.m_Parts, 8), 999);
+  zqa_WriteFileBytes(sample.m_Name.c_str(), bytes);
+  zdb_Run run = RunZdb({"objects", sample.m_Name});
+  EXPECT_EQ(1, run.m_Status);
+  std::vector<std::string> lines = Lines(run.m_Out);
+  ASSERT_EQ(9u, lines.size()) << run.m_Out;
+  std::string const last = lines.back();
+  std::string const head = std::to_string(sample.m_Parts) + "  table ";
+  EXPECT_EQ(head, last.substr(last.find_first_not_of(' '), head.size()));
+  EXPECT_EQ("  (unreadable)", last.substr(last.size() - 14));
+  EXPECT_EQ(0u, run.m_Err.find("zdb objects: " + sample.m_Name + ": handle " + std::to_string(sample.m_Parts) + ": "))
+      << run.m_Err;
 }
 
 TEST_P(ZdbInfoTest, TablesListsEachLayoutsFieldsInPositionOrderAndItsRows) {

@@ -95,6 +95,16 @@ zdb_Run zdb_Tool::Finish() {
   return run;
 }
 
+zdb_Run zdb_Tool::FinishWithin(double seconds) {
+  for (int waited = 0; (m_Out >= 0 || m_Err >= 0) && waited < seconds * 1000; waited += 10) Pump(10);
+  if (m_Out >= 0 || m_Err >= 0) Signal(SIGKILL);
+  return Finish();
+}
+
+zdb_Run RunZdbWithin(double seconds, std::vector<std::string> const& arguments) {
+  return zdb_Tool(arguments).FinishWithin(seconds);
+}
+
 zdb_Run RunZdb(std::vector<std::string> const& arguments, std::vector<std::string> const& environment) {
   return zdb_Tool(arguments, environment).Finish();
 }

@@ -29,6 +29,9 @@ public:
   void Signal(int signal) const;
   // Reads the rest of both outputs and collects the child.
   zdb_Run Finish();
+  // The same, but a child still running after seconds is killed first (its
+  // status is then 128 + SIGKILL): a hang fails a test instead of stopping it.
+  zdb_Run FinishWithin(double seconds);
 
 private:
   // Moves what is ready on the pipes into the buffers; false when nothing
@@ -44,6 +47,8 @@ private:
 
 // Runs zdb to its end.
 zdb_Run RunZdb(std::vector<std::string> const& arguments, std::vector<std::string> const& environment = {});
+// Runs zdb to its end, killing it when it runs longer than seconds.
+zdb_Run RunZdbWithin(double seconds, std::vector<std::string> const& arguments);
 
 // The lines of a text, without their newlines.
 std::vector<std::string> Lines(std::string const& text);

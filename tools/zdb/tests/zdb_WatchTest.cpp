@@ -1,3 +1,5 @@
+#include "atr_SubstituteFormat.h"
+#include "utl_File.h"
 #include "zdb_TestFiles.h"
 #include "zdb_TestTool.h"
 #include "zqa_TestDir.h"
@@ -6,6 +8,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <sys/stat.h>
 
 namespace {
 
@@ -73,7 +76,8 @@ TEST(ZdbWatchTest, AReaderBesideAWriterIsToldOfFlushesTransactionsAReplacementAn
   EXPECT_EQ("watching the new file, flush count 1", Told(watch));
   go.Send();
   done.Wait();
-  EXPECT_EQ("file unreadable", Told(watch));
+  EXPECT_EQ("file unreadable: " + std::string(name.CStr()) + ": *** ERROR: No such file: " + name.CStr() + ".",
+            Told(watch));
   EXPECT_EQ(0, zqa_WaitChild(writer));
   watch.Signal(SIGINT);
   zdb_Run end = watch.Finish();
@@ -92,4 +96,29 @@ TEST(ZdbWatchTest, ACompressedFileIsRefusedSinceItsReadersDoNotFollowAWriter) {
                 ": is compressed, and a compressed file is read as it was when opened: its readers do not follow a "
                 "writer\n",
             run.m_Err);
+}
+
+// A file replaced by a FIFO without a writer is told unreadable, with the
+// reason, and the watch goes on: a database in its place again is watched.
+TEST(ZdbWatchTest, AFileReplacedByAFifoIsToldUnreadableWithoutBlocking) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("job.zdb");
+  cow_String fifo = dir.File("fifo");
+  cow_String replacement = dir.File("next.zdb");
+  rfm_Database::Create(rfm_File::Open(name, utl_FileAccessCreate, false), "JOB", "watched", 1700000000);
+  ASSERT_EQ(0, ::mkfifo(fifo.CStr(), 0600));
+  zdb_Tool watch({"watch", name.CStr(), "--interval", "0.02"});
+  EXPECT_EQ(std::string("watching ") + name.CStr() + ", flush count 1", Told(watch));
+  ASSERT_EQ(0, std::rename(fifo.CStr(), name.CStr()));
+  EXPECT_EQ("file unreadable: " + std::string(name.CStr()) + ": " +
+                atr_SubstituteFormat(utl_File::kNotRegularFileText, name).CStr(),
+            Told(watch));
+  rfm_Database::Create(rfm_File::Open(replacement, utl_FileAccessCreate, false), "JOB", "next", 1700000500);
+  ASSERT_EQ(0, std::rename(replacement.CStr(), name.CStr()));
+  EXPECT_EQ("file replaced", Told(watch));
+  EXPECT_EQ("watching the new file, flush count 1", Told(watch));
+  watch.Signal(SIGINT);
+  zdb_Run end = watch.FinishWithin(30);
+  EXPECT_EQ(0, end.m_Status);
+  EXPECT_EQ("", end.m_Err);
 }
