@@ -2,36 +2,40 @@
 #define rfm_BufferedSpace_h
 
 #include "cow_CountedHld.h"
-#include "rfm_IOBuffer.h"
 #include "rfm_Space.h"
+
+class rfm_IOBuffer;
 
 // A space with a buffer in front of it, of the default size unless a
 // caller streaming bulk data asks for more. Copies share both; the buffer
 // goes before the space, so what waits in it is written.
 class ZQA_EXPORT rfm_BufferedSpace {
 public:
-  explicit rfm_BufferedSpace(rfm_Space const& space, int bufferSize = 0)
-      : m_Space(space), m_Buffer(new rfm_IOBuffer(space.Repr(), bufferSize)) {}
+  explicit rfm_BufferedSpace(rfm_Space const& space, int bufferSize = 0);
+  rfm_BufferedSpace(rfm_BufferedSpace const& other);
+  rfm_BufferedSpace& operator=(rfm_BufferedSpace const& other);
+  ~rfm_BufferedSpace();
 
   rfm_Handle Handle() const { return m_Space.Handle(); }
   utl_FileOffset Allocation() const { return m_Space.Allocation(); }
 
-  bool ReadOnly() const { return Buffer().ReadOnly(); }
-  utl_FileOffset Length() const { return Buffer().Length(); }
-  utl_FileOffset Location() const { return Buffer().Location(); }
-  void Seek(utl_FileOffset offset) const { Buffer().Seek(offset); }
-  void Extend(utl_FileOffset delta) const { Buffer().Extend(delta); }
-  void Flush() const { Buffer().Flush(); }
-  int Read(char* buffer, int count) const { return Buffer().ReadBytes(buffer, count); }
-  int Write(char const* buffer, int count) const { return Buffer().WriteBytes(buffer, count); }
-  int ReadIntArray(int* values, int count) const { return Buffer().ReadIntArray(values, count); }
-  int ReadFloatArray(float* values, int count) const { return Buffer().ReadFloatArray(values, count); }
-  int ReadDoubleArray(double* values, int count) const { return Buffer().ReadDoubleArray(values, count); }
-  void WriteIntArray(int const* values, int count) const { Buffer().WriteIntArray(values, count); }
-  void WriteFloatArray(float const* values, int count) const { Buffer().WriteFloatArray(values, count); }
-  void WriteDoubleArray(double const* values, int count) const { Buffer().WriteDoubleArray(values, count); }
+  bool ReadOnly() const;
+  utl_FileOffset Length() const;
+  utl_FileOffset Location() const;
+  void Seek(utl_FileOffset offset) const;
+  void Extend(utl_FileOffset delta) const;
+  void Flush() const;
+  int Read(char* buffer, int count) const;
+  int Write(char const* buffer, int count) const;
+  int ReadIntArray(int* values, int count) const;
+  int ReadFloatArray(float* values, int count) const;
+  int ReadDoubleArray(double* values, int count) const;
+  void WriteIntArray(int const* values, int count) const;
+  void WriteFloatArray(float const* values, int count) const;
+  void WriteDoubleArray(double const* values, int count) const;
 
   rfm_Space const& Space() const { return m_Space; }
+  // The buffer, for the library's own layers.
   rfm_IOBuffer& Buffer() const { return m_Buffer.GetRef(); }
 
 private:

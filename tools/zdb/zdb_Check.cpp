@@ -3,7 +3,6 @@
 // them, and reports each problem on a line of its own.
 
 #include "ZQABasUtlFilePath.h"
-#include "rfm_FileReprEncoded.h"
 #include "rfm_ObjectMagic.h"
 #include "zdb_Arguments.h"
 #include "zdb_CheckBlock0.h"
@@ -39,7 +38,7 @@ std::string Check(std::string const& name, zdb_CheckReport& report) {
     report.Problem(std::string("the file cannot be opened: ") + e.what());
     return std::string();
   }
-  bool compressed = dynamic_cast<rfm_FileReprEncoded*>(file.Repr()) != nullptr;
+  bool compressed = file.Kind() == rfm_FileKindCompressed;
   zdb_CheckBytes bytes(file, report);
   // Every segment of a compressed container is decoded once, so that its
   // damage shows wherever it lies.

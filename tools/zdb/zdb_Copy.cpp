@@ -6,6 +6,7 @@
 #include "rfm_Block0.h"
 #include "rfm_Database.h"
 #include "rfm_File.h"
+#include "rfm_FileRepr.h"
 #include "rfm_FtpRecord.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"

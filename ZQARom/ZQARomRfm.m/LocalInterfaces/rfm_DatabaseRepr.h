@@ -40,6 +40,11 @@ public:
   virtual void ReaderSemaphoreSet() = 0;
   virtual void ReaderSemaphoreClear() = 0;
   virtual cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const = 0;
+  // The head handle of every object, in handle order.
+  virtual cow_List<rfm_Handle> ObjectHandles() const = 0;
+  virtual int GroupCount() const = 0;
+  // The extents that hold the object's bytes; 0 for a handle that names no object.
+  virtual int ExtentCount(rfm_Handle const& handle) const = 0;
   virtual cow_List<cow_String> GetDBStatistics() const = 0;
   // Which object holds a file offset: a debugging aid for damaged files.
   virtual cow_String GetObjectLocationReport(utl_FileOffset const& offset) const;

@@ -1,6 +1,7 @@
 #ifndef rfm_FileRepr_h
 #define rfm_FileRepr_h
 
+#include "rfm_FileKind.h"
 #include "rfm_FileStatus.h"
 #include "rfm_IO.h"
 
@@ -11,6 +12,9 @@
 class ZQA_EXPORT rfm_FileRepr : public rfm_IO {
 public:
   ~rfm_FileRepr() override;
+
+  // What holds the bytes: each representation answers for itself.
+  virtual rfm_FileKind Kind() const = 0;
 
   // The logical length.
   utl_FileOffset Length() const override { return m_LogicalFileSize; }

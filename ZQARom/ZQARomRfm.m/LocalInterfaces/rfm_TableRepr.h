@@ -4,7 +4,9 @@
 #include "cow_List.h"
 #include "omi_Btree.h"
 #include "rfm_IOBuffer.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_Row.h"
+#include "rfm_RowImpl.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_TableMetadata.h"
 
@@ -38,10 +40,6 @@ public:
   ~rfm_TableRepr();
   rfm_TableRepr(rfm_TableRepr const&) = delete;
   rfm_TableRepr& operator=(rfm_TableRepr const&) = delete;
-
-  // Bytes a field of type takes in a row, 0 for a type no field can have
-  // (any int is welcome: a checker asks with what a file holds).
-  static int FieldSize(int type, int externalStringSize);
 
   rfm_Row NewRow();
   rfm_Row UpdateRow(int row);
@@ -93,7 +91,7 @@ public:
 private:
   static constexpr int kDefaultCacheRows = 32;
   static constexpr int kFlushCountOffset = 4;
-  static constexpr int kFirstRowOffset = 12;
+  static constexpr int kFirstRowOffset = kRfmTableHeaderSize;
   static constexpr int kHeaderWords = 3;
 
   struct CacheEntry {

@@ -5,7 +5,9 @@
 #include "cow_String.h"
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_SpaceRepr.h"
+#include "rfm_TaggedStream.h"
 #include "rfm_Type.h"
 
 #include <memory>
@@ -31,9 +33,9 @@ public:
     kTagFloat = rfm_TypeFloat,
     kTagDouble = rfm_TypeDouble,
     kTagString = rfm_TypeString,
-    kTagFixedString = 7,
+    kTagFixedString = rfm_TaggedStream::kFixedStringType,
   };
-  static constexpr int kHeaderSize = 8;
+  static constexpr int kHeaderSize = kRfmTaggedStreamHeaderSize;
 
   // The existing stream at handle; raises the texts of a damaged object or
   // of a handle to something else.

@@ -1,6 +1,8 @@
 #include "rfm_DBMetadata.h"
 #include "rfm_Database.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_Table.h"
+#include "rfm_TableRepr.h"
 
 rfm_TableRepr* rfm_DatabaseRepr::Table(rfm_Handle const& handle, int quantum, int cacheRows) {
   return new rfm_TableRepr(*this, handle, quantum, cacheRows);

@@ -1,5 +1,7 @@
 #include "rfm_Row.h"
 
+#include "rfm_RowImpl.h"
+
 rfm_Row::rfm_Row(rfm_RowRepr* repr) : m_Repr(repr) {
   if (m_Repr) ++m_Repr->m_Uses;
 }
@@ -20,3 +22,34 @@ void rfm_Row::Nullify() {
   if (--m_Repr->m_Uses == 0 && m_Repr->m_Impl->Table() == nullptr) delete m_Repr;
   m_Repr = nullptr;
 }
+
+rfm_RowImpl& rfm_Row::Impl() const { return *m_Repr->m_Impl; }
+
+bool rfm_Row::FieldIsPresent(rfm_FieldHandle const& h) const { return Impl().FieldIsPresent(h); }
+bool rfm_Row::DataIsPresent(rfm_FieldHandle const& h) const { return Impl().DataIsPresent(h); }
+int rfm_Row::ReadFieldInt(rfm_FieldHandle const& h) const { return Impl().ReadFieldInt(h); }
+float rfm_Row::ReadFieldFloat(rfm_FieldHandle const& h) const { return Impl().ReadFieldFloat(h); }
+double rfm_Row::ReadFieldDouble(rfm_FieldHandle const& h) const { return Impl().ReadFieldDouble(h); }
+rfm_Handle rfm_Row::ReadFieldHandle(rfm_FieldHandle const& h) const { return Impl().ReadFieldHandle(h); }
+cow_String rfm_Row::ReadFieldString(rfm_FieldHandle const& h) const { return Impl().ReadFieldString(h); }
+void rfm_Row::WriteFieldInt(rfm_FieldHandle const& h, int value) const { Impl().WriteFieldInt(h, value); }
+void rfm_Row::WriteFieldFloat(rfm_FieldHandle const& h, float value) const { Impl().WriteFieldFloat(h, value); }
+void rfm_Row::WriteFieldDouble(rfm_FieldHandle const& h, double value) const { Impl().WriteFieldDouble(h, value); }
+
+void rfm_Row::WriteFieldHandle(rfm_FieldHandle const& h, rfm_Handle const& value) const {
+  Impl().WriteFieldHandle(h, value);
+}
+
+void rfm_Row::WriteFieldString(rfm_FieldHandle const& h, cow_String const& value) const {
+  Impl().WriteFieldString(h, value);
+}
+
+void rfm_Row::NeuterFieldString(rfm_FieldHandle const& h, cow_String const& replacement) const {
+  Impl().NeuterFieldString(h, replacement);
+}
+
+void rfm_Row::Erase() const { Impl().Erase(); }
+void rfm_Row::Erase(rfm_FieldHandle const& h) const { Impl().Erase(h); }
+void rfm_Row::CopyField(rfm_Row const& source, rfm_FieldHandle const& h) const { Impl().CopyField(source.Impl(), h); }
+int rfm_Row::Location() const { return Impl().Location(); }
+rfm_MapName2FieldMetadata const& rfm_Row::FieldMetadataMap() const { return Impl().FieldMetadataMap(); }

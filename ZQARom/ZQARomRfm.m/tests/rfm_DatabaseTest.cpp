@@ -2,6 +2,7 @@
 #include "nex_PrimException.h"
 #include "rfm_Database.h"
 #include "rfm_DatabaseReprFile.h"
+#include "rfm_GroupLayout.h"
 #include "rfm_ReaderSemaphoreProxy.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
@@ -16,7 +17,7 @@
 
 namespace {
 
-constexpr int kGroup = rfm_DatabaseReprFile::kGroupSize;
+constexpr int kGroup = kRfmGroupSize;
 
 std::string OpenError(cow_String const& name, char const* magic) {
   try {

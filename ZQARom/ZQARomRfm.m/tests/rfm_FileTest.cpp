@@ -1,6 +1,7 @@
 #include "rfm_Exc.h"
 #include "rfm_File.h"
 #include "rfm_FileException.h"
+#include "rfm_FileRepr.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
