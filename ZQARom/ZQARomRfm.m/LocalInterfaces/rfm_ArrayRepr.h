@@ -25,7 +25,7 @@ class rfm_DatabaseRepr;
 // - The space outlives the buffer on it, which flushes into it on the way out.
 // - The change count on disk moves only at Flush of a writer; a reader's
 //   copy of it moves only at Snap.
-class ZQA_EXPORT rfm_ArrayRepr : public mem_AllocationOperators {
+class rfm_ArrayRepr : public mem_AllocationOperators {
 public:
   static constexpr int kHeaderSize = kRfmArrayHeaderSize;
   static constexpr int kMaxFieldsPerRow = kRfmArrayMaxFieldsPerRow;

@@ -20,7 +20,7 @@ class cow_Map;
 
 // What a database is, whatever stores it: the operations that rfm_Database
 // forwards, and the factories of the objects stored in it.
-class ZQA_EXPORT rfm_DatabaseRepr : public mem_AllocationOperators {
+class rfm_DatabaseRepr : public mem_AllocationOperators {
 public:
   virtual ~rfm_DatabaseRepr();
 

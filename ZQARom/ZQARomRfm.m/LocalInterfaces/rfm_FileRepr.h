@@ -9,7 +9,7 @@
 // layer reads and writes through. It keeps the current location, the
 // logical length (what the layers above asked for) and the physical length
 // (the real size of the file).
-class ZQA_EXPORT rfm_FileRepr : public rfm_IO {
+class rfm_FileRepr : public rfm_IO {
 public:
   ~rfm_FileRepr() override;
 

@@ -19,7 +19,7 @@
 // - Reading: bytes [0, m_Limit) are valid and [0, m_Cursor) consumed.
 //   Writing: bytes [0, m_Cursor) wait to be written and m_Limit is the size.
 // - Nothing waits to be written outside write mode.
-class ZQA_EXPORT rfm_IOBuffer : public rfm_IOS {
+class rfm_IOBuffer : public rfm_IOS {
 public:
   static constexpr int kDefaultSize = 2048;
 

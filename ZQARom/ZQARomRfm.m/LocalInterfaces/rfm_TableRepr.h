@@ -31,7 +31,7 @@ class rfm_DatabaseRepr;
 // Invariants: rows below m_RowsOnDisk are in the file; every row at or above
 // it is in the cache until written; writing back never leaves a gap in the
 // file's tail; a row that an application holds is never dropped.
-class ZQA_EXPORT rfm_TableRepr : public mem_AllocationOperators {
+class rfm_TableRepr : public mem_AllocationOperators {
 public:
   // A new table for a bound description. cacheRows below 0 means 32.
   rfm_TableRepr(rfm_DatabaseRepr& database, rfm_TableMetadata* metadata, int quantum, int cacheRows);

@@ -24,7 +24,7 @@ class rfm_DatabaseRepr;
 //   space, nor takes a length from the file without checking it against
 //   the bytes that remain.
 // - The space outlives the buffer on it, which flushes into it on the way out.
-class ZQA_EXPORT rfm_TaggedStreamRepr : public mem_AllocationOperators {
+class rfm_TaggedStreamRepr : public mem_AllocationOperators {
 public:
   // The tag types of the items. 5 is not one; 7 has no rfm_Type of its own.
   enum Tag {
