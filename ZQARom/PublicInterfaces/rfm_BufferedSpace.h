@@ -2,6 +2,7 @@
 #define rfm_BufferedSpace_h
 
 #include "cow_CountedHld.h"
+#include "rfm_BufferWindow.h"
 #include "rfm_Space.h"
 
 class rfm_IOBuffer;
@@ -25,8 +26,19 @@ public:
   void Seek(utl_FileOffset offset) const;
   void Extend(utl_FileOffset delta) const;
   void Flush() const;
-  int Read(char* buffer, int count) const;
-  int Write(char const* buffer, int count) const;
+  // Bytes. Calls of a few bytes are this library's hot path: those that
+  // fit the buffer are an inline copy, since a call out of line for each
+  // would cost about half their speed.
+  int Read(char* buffer, int count) const {
+    if (!m_Window->Fits(rfm_BufferWindow::kReading, buffer, count)) return ReadThrough(buffer, count);
+    m_Window->CopyOut(buffer, count);
+    return count;
+  }
+  int Write(char const* buffer, int count) const {
+    if (!m_Window->Fits(rfm_BufferWindow::kWriting, buffer, count)) return WriteThrough(buffer, count);
+    m_Window->CopyIn(buffer, count);
+    return count;
+  }
   int ReadIntArray(int* values, int count) const;
   int ReadFloatArray(float* values, int count) const;
   int ReadDoubleArray(double* values, int count) const;
@@ -39,8 +51,12 @@ public:
   rfm_IOBuffer& Buffer() const { return m_Buffer.GetRef(); }
 
 private:
+  int ReadThrough(char* buffer, int count) const;
+  int WriteThrough(char const* buffer, int count) const;
+
   rfm_Space m_Space;
   cow_CountedHld<rfm_IOBuffer> m_Buffer;
+  rfm_BufferWindow* m_Window;  // the buffer's, shared with the copies
 };
 
 #endif

@@ -4,7 +4,7 @@
 #include "rfm_SpaceRepr.h"
 
 rfm_BufferedSpace::rfm_BufferedSpace(rfm_Space const& space, int bufferSize)
-    : m_Space(space), m_Buffer(new rfm_IOBuffer(space.Repr(), bufferSize)) {}
+    : m_Space(space), m_Buffer(new rfm_IOBuffer(space.Repr(), bufferSize)), m_Window(&m_Buffer.GetRef().Window()) {}
 rfm_BufferedSpace::rfm_BufferedSpace(rfm_BufferedSpace const& other) = default;
 rfm_BufferedSpace& rfm_BufferedSpace::operator=(rfm_BufferedSpace const& other) = default;
 // The members go in reverse order: the buffer, which writes what waits in
@@ -17,8 +17,8 @@ utl_FileOffset rfm_BufferedSpace::Location() const { return Buffer().Location();
 void rfm_BufferedSpace::Seek(utl_FileOffset offset) const { Buffer().Seek(offset); }
 void rfm_BufferedSpace::Extend(utl_FileOffset delta) const { Buffer().Extend(delta); }
 void rfm_BufferedSpace::Flush() const { Buffer().Flush(); }
-int rfm_BufferedSpace::Read(char* buffer, int count) const { return Buffer().ReadBytes(buffer, count); }
-int rfm_BufferedSpace::Write(char const* buffer, int count) const { return Buffer().WriteBytes(buffer, count); }
+int rfm_BufferedSpace::ReadThrough(char* buffer, int count) const { return Buffer().ReadBytes(buffer, count); }
+int rfm_BufferedSpace::WriteThrough(char const* buffer, int count) const { return Buffer().WriteBytes(buffer, count); }
 int rfm_BufferedSpace::ReadIntArray(int* values, int count) const { return Buffer().ReadIntArray(values, count); }
 int rfm_BufferedSpace::ReadFloatArray(float* values, int count) const {
   return Buffer().ReadFloatArray(values, count);

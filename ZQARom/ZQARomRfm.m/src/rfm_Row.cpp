@@ -25,21 +25,12 @@ void rfm_Row::Nullify() {
 
 rfm_RowImpl& rfm_Row::Impl() const { return *m_Repr->m_Impl; }
 
+// The reads and writes of numbers and handles, every row's hot path,
+// stand in rfm_RowImpl.cpp: see there.
+
 bool rfm_Row::FieldIsPresent(rfm_FieldHandle const& h) const { return Impl().FieldIsPresent(h); }
 bool rfm_Row::DataIsPresent(rfm_FieldHandle const& h) const { return Impl().DataIsPresent(h); }
-int rfm_Row::ReadFieldInt(rfm_FieldHandle const& h) const { return Impl().ReadFieldInt(h); }
-float rfm_Row::ReadFieldFloat(rfm_FieldHandle const& h) const { return Impl().ReadFieldFloat(h); }
-double rfm_Row::ReadFieldDouble(rfm_FieldHandle const& h) const { return Impl().ReadFieldDouble(h); }
-rfm_Handle rfm_Row::ReadFieldHandle(rfm_FieldHandle const& h) const { return Impl().ReadFieldHandle(h); }
 cow_String rfm_Row::ReadFieldString(rfm_FieldHandle const& h) const { return Impl().ReadFieldString(h); }
-void rfm_Row::WriteFieldInt(rfm_FieldHandle const& h, int value) const { Impl().WriteFieldInt(h, value); }
-void rfm_Row::WriteFieldFloat(rfm_FieldHandle const& h, float value) const { Impl().WriteFieldFloat(h, value); }
-void rfm_Row::WriteFieldDouble(rfm_FieldHandle const& h, double value) const { Impl().WriteFieldDouble(h, value); }
-
-void rfm_Row::WriteFieldHandle(rfm_FieldHandle const& h, rfm_Handle const& value) const {
-  Impl().WriteFieldHandle(h, value);
-}
-
 void rfm_Row::WriteFieldString(rfm_FieldHandle const& h, cow_String const& value) const {
   Impl().WriteFieldString(h, value);
 }
