@@ -260,16 +260,16 @@ zqa_PassTimes ContainerPass(std::string const& path, std::vector<unsigned char> 
     rfm_File file = rfm_File::CreateCompressed(path.c_str());
     for (std::size_t done = 0; done < plain.size(); done += kBlockBytes) {
       int count = callSize(done);
-      zqa_Check(file->Write(reinterpret_cast<char const*>(plain.data() + done), count) == count, "container write");
+      zqa_Check(file.Write(reinterpret_cast<char const*>(plain.data() + done), count) == count, "container write");
     }
-    file->Flush();
+    file.Flush();
   });
   times.readSeconds = zqa_Seconds([&] {
     rfm_File file = rfm_File::Open(path.c_str(), utl_FileAccessRead, false);
-    zqa_Check(file->Length() == static_cast<utl_FileOffset>(plain.size()), "container length");
+    zqa_Check(file.Length() == static_cast<utl_FileOffset>(plain.size()), "container length");
     for (std::size_t done = 0; done < plain.size(); done += kBlockBytes) {
       int count = callSize(done);
-      zqa_Check(file->Read(reinterpret_cast<char*>(back.data() + done), count) == count, "container read");
+      zqa_Check(file.Read(reinterpret_cast<char*>(back.data() + done), count) == count, "container read");
     }
   });
   zqa_Check(back == plain, "container contents");

@@ -114,7 +114,7 @@ double ReadFile(std::string const& name, long long bytes, unsigned long long& su
     std::vector<char> block(kFileCall);
     long long total = 0;
     unsigned long long s = 0;
-    for (int got; (got = file->Read(block.data(), kFileCall)) > 0;) {
+    for (int got; (got = file.Read(block.data(), kFileCall)) > 0;) {
       total += got;
       for (int i = 0; i < got; i += 512) s += static_cast<unsigned char>(block[i]);
     }
@@ -139,7 +139,7 @@ int main(int argc, char** argv) {
   ::setenv("PATH", searchPath.c_str(), 1);
 
   Objects const objects = WriteDatabase(path, mib << 20);
-  long long const bytes = rfm_File::Open(path.c_str(), utl_FileAccessRead, false)->Length();
+  long long const bytes = rfm_File::Open(path.c_str(), utl_FileAccessRead, false).Length();
   double const fileMiB = static_cast<double>(bytes) / (1 << 20);
   double const tableMiB = static_cast<double>(bytes) / 2 / (1 << 20);
   double const arrayMiB = static_cast<double>(objects.values) * 8 / (1 << 20);

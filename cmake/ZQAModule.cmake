@@ -34,6 +34,11 @@ function(zqa_public_headers target scope folder)
 endfunction()
 
 # zqa_add_module(<name> <folder> [DEPENDS <targets...>])
+#
+# A module's LocalInterfaces folder is private to it. What else needs those
+# headers (its tests, zdb, the benchmarks, the fuzz targets, another module
+# built on its internals) links <name>Internals, which gives the folder and
+# the module, so that every such use is written down where it is made.
 function(zqa_add_module name folder)
   cmake_parse_arguments(ARG "" "" "DEPENDS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/src/*.cpp)
@@ -47,8 +52,10 @@ function(zqa_add_module name folder)
     target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/PublicInterfaces>)
   endif()
   if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces)
-    target_include_directories(${name} PUBLIC
-      $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces>)
+    target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces)
+    add_library(${name}Internals INTERFACE)
+    target_include_directories(${name}Internals INTERFACE ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/LocalInterfaces)
+    target_link_libraries(${name}Internals INTERFACE ${name})
   endif()
   set_property(GLOBAL APPEND PROPERTY ZQA_MODULES ${name})
 endfunction()

@@ -18,24 +18,22 @@ int main(int argc, char** argv) {
   int status = EXIT_SUCCESS;
   try {
     {
-      rfm_File file = rfm_File::Open(name.c_str(), utl_FileAccessCreate, true);
-      file->WriteFixedString("ZQADEMO", 8);
-      file->WriteInt(3);
+      rfm_File file = rfm_File::Open(name.c_str(), utl_FileAccessCreate, false);
+      file.WriteFixedString("ZQADEMO", 8);
+      file.WriteInt(3);
       double const displacements[3] = {0.125, -2.5, 1e-9};
-      file->WriteDoubleArray(displacements, 3);
-      file->WriteFloat(273.15f);
-      file->FileExtend(file->Location());
-      file->Trim();
+      file.WriteDoubleArray(displacements, 3);
+      file.WriteFloat(273.15f);
     }
     rfm_File file = rfm_File::Open(name.c_str(), utl_FileAccessRead, false);
-    std::printf("file %s, %lld bytes\n", name.c_str(), static_cast<long long>(file->LengthPysical()));
-    std::printf("tag          %s\n", file->ReadFixedString(8).CStr());
-    int count = file->ReadInt();
+    std::printf("file %s, %lld bytes\n", name.c_str(), static_cast<long long>(file.Length()));
+    std::printf("tag          %s\n", file.ReadFixedString(8).CStr());
+    int count = file.ReadInt();
     double values[3];
-    int got = file->ReadDoubleArray(values, count);
+    int got = file.ReadDoubleArray(values, count);
     std::printf("doubles      %d:", got);
     for (int i = 0; i < got; ++i) std::printf(" %g", values[i]);
-    std::printf("\ntemperature  %.2f\n", file->ReadFloat());
+    std::printf("\ntemperature  %.2f\n", file.ReadFloat());
   } catch (rfm_FileException const& e) {
     std::fprintf(stderr, "%s\n", e.what());
     status = EXIT_FAILURE;

@@ -2,14 +2,23 @@
 #define rfm_Database_h
 
 #include "cow_CountedHld.h"
-#include "rfm_DatabaseRepr.h"
+#include "cow_List.h"
+#include "cow_String.h"
 #include "rfm_File.h"
+#include "rfm_FileStatus.h"
+#include "rfm_Handle.h"
+#include "rfm_Type.h"
+#include "utl_FileOffset.h"
 
+class rfm_DatabaseRepr;
 class rfm_Space;
 class rfm_Table;
+class rfm_TableMetadata;
 class rfm_TaggedStream;
 template <class T, rfm_Type Type>
 class rfm_Array;
+template <class K, class V>
+class cow_Map;
 
 // A database by value: copies share one representation. A database is one
 // file holding any number of objects, each named by a handle; a writer's
@@ -25,9 +34,12 @@ class rfm_Array;
 // writing into the database; its string pool and catalogue follow.
 class ZQA_EXPORT rfm_Database {
 public:
-  rfm_Database() = default;
+  rfm_Database();
   // Takes ownership of repr.
-  explicit rfm_Database(rfm_DatabaseRepr* repr) : m_Repr(repr) {}
+  explicit rfm_Database(rfm_DatabaseRepr* repr);
+  rfm_Database(rfm_Database const& other);
+  rfm_Database& operator=(rfm_Database const& other);
+  ~rfm_Database();
 
   // A new database in file, which must be empty and writable. magic is the
   // application's mark (its first four characters are kept).
@@ -44,9 +56,9 @@ public:
   rfm_Space Space(int quantum) const;
 
   // Tables (cache rows below 0 mean 32), arrays and tagged streams, by handle
-  // or new. A table is made new for a description (bound first) or for the
-  // name of a table the catalogue has bound. An array opened by handle must
-  // hold elements of the factory's type.
+  // or new. A table is opened by handle, or made new for a description
+  // (bound first) or for the name of a table the catalogue has bound. An
+  // array opened by handle must hold elements of its type.
   rfm_Table Table(rfm_Handle handle, int quantum, int cacheRows) const;
   rfm_Table Table(rfm_TableMetadata const& definition, int quantum, int cacheRows) const;
   rfm_Table Table(cow_String const& name, int quantum, int cacheRows) const;
@@ -62,43 +74,52 @@ public:
   rfm_TaggedStream TaggedStream(int bufferSize) const;
   rfm_Space Space(rfm_Handle const& handle, int quantum) const;
 
-  cow_String FileName() const { return Repr().FileName(); }
-  cow_String Description() const { return Repr().Description(); }
-  bool ReadOnly() const { return Repr().ReadOnly(); }
-  void Flush() const { Repr().Flush(); }
-  bool Snap() const { return Repr().Snap(); }
-  int GetFlushCount() const { return Repr().GetFlushCount(); }
-  rfm_Handle RootTableHandle() const { return Repr().RootTableHandle(); }
-  rfm_Handle RootTableHandle2() const { return Repr().RootTableHandle2(); }
-  void SetCreationTime(long creationTime) const { Repr().SetCreationTime(creationTime); }
-  rfm_Type HandleType(rfm_Handle const& handle) const { return Repr().HandleType(handle); }
-  rfm_FileStatus::RfmFileStatus FileStatus() const { return Repr().FileStatus(); }
-  cow_String CheckNZDBCache() const { return Repr().CheckNZDBCache(); }
-  void ReaderSemaphoreSet() const { Repr().ReaderSemaphoreSet(); }
-  void ReaderSemaphoreClear() const { Repr().ReaderSemaphoreClear(); }
-  cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const { return Repr().GetObjStatistics(handle); }
-  cow_List<cow_String> GetDBStatistics() const { return Repr().GetDBStatistics(); }
-  cow_String GetObjectLocationReport(utl_FileOffset const& offset) const {
-    return Repr().GetObjectLocationReport(offset);
-  }
+  // The head handle of every object, in handle order: what HandleType,
+  // Table, the arrays, TaggedStream and Space accept. Handles that only
+  // continue another object's storage are not among them.
+  cow_List<rfm_Handle> ObjectHandles() const;
+  // The type of the object at handle, told by its first words: a table, a
+  // tagged stream, an array's element type (none for an array whose element
+  // type is damaged), or a plain space.
+  rfm_Type HandleType(rfm_Handle const& handle) const;
+  // The number of linkage groups: every handle's Group() is below it.
+  int GroupCount() const;
+  // The extents of the file that hold the bytes of the object at handle; 0
+  // for an object that has not yet grown, and for a handle that names no
+  // object.
+  int ExtentCount(rfm_Handle const& handle) const;
 
-  rfm_TableMetadata const* GetTableMetadata(cow_String const& name) const { return Repr().GetTableMetadata(name); }
-  rfm_TableMetadata const* GetTableMetadata(utl_FileOffset const& handle) const {
-    return Repr().GetTableMetadata(handle);
-  }
-  utl_FileOffset GetTableMetadataHandle(cow_String const& name) const { return Repr().GetTableMetadataHandle(name); }
-  cow_List<cow_String> GetTableMetadataNames() const { return Repr().GetTableMetadataNames(); }
-  bool HasTable(cow_String const& name) const { return Repr().HasTable(name); }
-  void Bind() const { Repr().Bind(); }
-  rfm_TableMetadata* Bind(rfm_TableMetadata const& definition) const { return Repr().Bind(definition); }
-  cow_Map<cow_String, int> const& GetMapClassName2ClassVersion() const {
-    return Repr().GetMapClassName2ClassVersion();
-  }
-  void InsertInMapClassName2ClassVersion(cow_String const& className, int version) const {
-    Repr().InsertInMapClassName2ClassVersion(className, version);
-  }
+  cow_String FileName() const;
+  cow_String Description() const;
+  bool ReadOnly() const;
+  void Flush() const;
+  bool Snap() const;
+  int GetFlushCount() const;
+  rfm_Handle RootTableHandle() const;
+  rfm_Handle RootTableHandle2() const;
+  void SetCreationTime(long creationTime) const;
+  rfm_FileStatus::RfmFileStatus FileStatus() const;
+  cow_String CheckNZDBCache() const;
+  void ReaderSemaphoreSet() const;
+  void ReaderSemaphoreClear() const;
+  cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const;
+  cow_List<cow_String> GetDBStatistics() const;
+  // Which object holds a file offset: a debugging aid for damaged files.
+  cow_String GetObjectLocationReport(utl_FileOffset const& offset) const;
+
+  // The catalogue of tables.
+  rfm_TableMetadata const* GetTableMetadata(cow_String const& name) const;
+  rfm_TableMetadata const* GetTableMetadata(utl_FileOffset const& handle) const;
+  utl_FileOffset GetTableMetadataHandle(cow_String const& name) const;
+  cow_List<cow_String> GetTableMetadataNames() const;
+  bool HasTable(cow_String const& name) const;
+  void Bind() const;
+  rfm_TableMetadata* Bind(rfm_TableMetadata const& definition) const;
+  cow_Map<cow_String, int> const& GetMapClassName2ClassVersion() const;
+  void InsertInMapClassName2ClassVersion(cow_String const& className, int version) const;
 
   bool IsNull() const { return m_Repr.IsNull(); }
+  // The representation, for the library's own layers.
   rfm_DatabaseRepr& Repr() const { return m_Repr.GetRef(); }
 
 private:

@@ -3,8 +3,10 @@
 
 #include "cow_CountedHld.h"
 #include "cow_String.h"
-#include "rfm_FileRepr.h"
+#include "rfm_FileKind.h"
 #include "utl_FileOffset.h"
+
+class rfm_FileRepr;
 
 // A stored file, by value: copies share one representation and the last
 // copy ends it. Open chooses the representation from the name: a
@@ -13,9 +15,12 @@
 class ZQA_EXPORT rfm_File {
 public:
   // An empty handle.
-  rfm_File() = default;
+  rfm_File();
   // Takes ownership of repr.
-  explicit rfm_File(rfm_FileRepr* repr) : m_Repr(repr) {}
+  explicit rfm_File(rfm_FileRepr* repr);
+  rfm_File(rfm_File const& other);
+  rfm_File& operator=(rfm_File const& other);
+  ~rfm_File();
 
   // Opens name for reading, for update or creates it (a created file is
   // always a plain local file). With preallocate the real file grows in
@@ -30,10 +35,38 @@ public:
   // current location.
   void Copy(rfm_File const& source);
 
-  bool ReadOnly() const { return m_Repr.GetRef().ReadOnly(); }
-  cow_String FileName() const { return m_Repr.GetRef().FileName(); }
+  bool ReadOnly() const;
+  cow_String FileName() const;
+  rfm_FileKind Kind() const;
+
+  // Bytes and typed values at the current location, which each moves on.
+  // Numbers are stored little-endian whatever the host; a fixed string
+  // takes exactly width bytes, cut or zero-filled. Length is the logical
+  // length. An array read answers the whole elements read, short at the
+  // end; a scalar read past the end raises.
+  utl_FileOffset Length() const;
+  utl_FileOffset Location() const;
+  void Seek(utl_FileOffset offset) const;
+  void Flush() const;
+  int Read(char* buffer, int count) const;
+  int Write(char const* buffer, int count) const;
+  int ReadInt() const;
+  float ReadFloat() const;
+  double ReadDouble() const;
+  cow_String ReadFixedString(int width) const;
+  int ReadIntArray(int* values, int count) const;
+  int ReadFloatArray(float* values, int count) const;
+  int ReadDoubleArray(double* values, int count) const;
+  void WriteInt(int value) const;
+  void WriteFloat(float value) const;
+  void WriteDouble(double value) const;
+  void WriteFixedString(cow_String const& text, int width) const;
+  void WriteIntArray(int const* values, int count) const;
+  void WriteFloatArray(float const* values, int count) const;
+  void WriteDoubleArray(double const* values, int count) const;
 
   bool IsNull() const { return m_Repr.IsNull(); }
+  // The representation, for the library's own layers.
   rfm_FileRepr* Repr() const { return m_Repr.GetPtr(); }
   rfm_FileRepr* operator->() const { return m_Repr.GetPtr(); }
 

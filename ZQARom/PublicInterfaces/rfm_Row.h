@@ -1,7 +1,13 @@
 #ifndef rfm_Row_h
 #define rfm_Row_h
 
-#include "rfm_RowImpl.h"
+#include "cow_String.h"
+#include "rfm_FieldHandle.h"
+#include "rfm_Handle.h"
+#include "rfm_TableMetadata.h"
+
+class rfm_RowImpl;
+struct rfm_RowRepr;
 
 // A row of a table, by value: copies count as holders of the cached row, so
 // it stays valid across the cache's culls for as long as one is held. A held
@@ -22,30 +28,28 @@ public:
   void Release() { Nullify(); }
   bool IsNull() const { return m_Repr == nullptr; }
 
-  bool FieldIsPresent(rfm_FieldHandle const& h) const { return Impl().FieldIsPresent(h); }
-  bool DataIsPresent(rfm_FieldHandle const& h) const { return Impl().DataIsPresent(h); }
-  int ReadFieldInt(rfm_FieldHandle const& h) const { return Impl().ReadFieldInt(h); }
-  float ReadFieldFloat(rfm_FieldHandle const& h) const { return Impl().ReadFieldFloat(h); }
-  double ReadFieldDouble(rfm_FieldHandle const& h) const { return Impl().ReadFieldDouble(h); }
-  rfm_Handle ReadFieldHandle(rfm_FieldHandle const& h) const { return Impl().ReadFieldHandle(h); }
-  cow_String ReadFieldString(rfm_FieldHandle const& h) const { return Impl().ReadFieldString(h); }
-  void WriteFieldInt(rfm_FieldHandle const& h, int value) const { Impl().WriteFieldInt(h, value); }
-  void WriteFieldFloat(rfm_FieldHandle const& h, float value) const { Impl().WriteFieldFloat(h, value); }
-  void WriteFieldDouble(rfm_FieldHandle const& h, double value) const { Impl().WriteFieldDouble(h, value); }
-  void WriteFieldHandle(rfm_FieldHandle const& h, rfm_Handle const& value) const { Impl().WriteFieldHandle(h, value); }
-  void WriteFieldString(rfm_FieldHandle const& h, cow_String const& value) const { Impl().WriteFieldString(h, value); }
-  void NeuterFieldString(rfm_FieldHandle const& h, cow_String const& replacement) const {
-    Impl().NeuterFieldString(h, replacement);
-  }
-  void Erase() const { Impl().Erase(); }
-  void Erase(rfm_FieldHandle const& h) const { Impl().Erase(h); }
-  void CopyField(rfm_Row const& source, rfm_FieldHandle const& h) const { Impl().CopyField(source.Impl(), h); }
-  int Location() const { return Impl().Location(); }
-  rfm_MapName2FieldMetadata const& FieldMetadataMap() const { return Impl().FieldMetadataMap(); }
+  bool FieldIsPresent(rfm_FieldHandle const& h) const;
+  bool DataIsPresent(rfm_FieldHandle const& h) const;
+  int ReadFieldInt(rfm_FieldHandle const& h) const;
+  float ReadFieldFloat(rfm_FieldHandle const& h) const;
+  double ReadFieldDouble(rfm_FieldHandle const& h) const;
+  rfm_Handle ReadFieldHandle(rfm_FieldHandle const& h) const;
+  cow_String ReadFieldString(rfm_FieldHandle const& h) const;
+  void WriteFieldInt(rfm_FieldHandle const& h, int value) const;
+  void WriteFieldFloat(rfm_FieldHandle const& h, float value) const;
+  void WriteFieldDouble(rfm_FieldHandle const& h, double value) const;
+  void WriteFieldHandle(rfm_FieldHandle const& h, rfm_Handle const& value) const;
+  void WriteFieldString(rfm_FieldHandle const& h, cow_String const& value) const;
+  void NeuterFieldString(rfm_FieldHandle const& h, cow_String const& replacement) const;
+  void Erase() const;
+  void Erase(rfm_FieldHandle const& h) const;
+  void CopyField(rfm_Row const& source, rfm_FieldHandle const& h) const;
+  int Location() const;
+  rfm_MapName2FieldMetadata const& FieldMetadataMap() const;
 
 private:
   friend class rfm_TableRepr;
-  rfm_RowImpl& Impl() const { return *m_Repr->m_Impl; }
+  rfm_RowImpl& Impl() const;
 
   rfm_RowRepr* m_Repr = nullptr;
 };

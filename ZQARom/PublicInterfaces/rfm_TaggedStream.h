@@ -2,49 +2,65 @@
 #define rfm_TaggedStream_h
 
 #include "cow_CountedHld.h"
-#include "rfm_TaggedStreamRepr.h"
+#include "cow_List.h"
+#include "cow_String.h"
+#include "rfm_Handle.h"
+#include "utl_FileOffset.h"
+
+class rfm_TaggedStreamRepr;
 
 // A tagged stream by value: copies share one representation, and with it
 // one position and one current item. The stream holds a share of its
 // database, which stays open while the stream lives (see rfm_Database).
 class ZQA_EXPORT rfm_TaggedStream {
 public:
-  rfm_TaggedStream() = default;
-  // Takes ownership of repr.
-  explicit rfm_TaggedStream(rfm_TaggedStreamRepr* repr) : m_Repr(repr) {}
+  // What GetType answers for an item written by WriteFixedString; any
+  // other item answers the rfm_Type of its value.
+  static constexpr int kFixedStringType = 7;
 
-  void WriteInt(int id, int value) const { Repr().WriteInt(id, value); }
-  void WriteFloat(int id, float value) const { Repr().WriteFloat(id, value); }
-  void WriteDouble(int id, double value) const { Repr().WriteDouble(id, value); }
-  void WriteHandle(int id, rfm_Handle value) const { Repr().WriteHandle(id, value); }
-  void WriteString(int id, cow_String const& value) const { Repr().WriteString(id, value); }
-  // See rfm_TaggedStreamRepr: nothing after such an item can be read back.
-  void WriteFixedString(int id, cow_String const& value) const { Repr().WriteFixedString(id, value); }
+  rfm_TaggedStream();
+  // Takes ownership of repr.
+  explicit rfm_TaggedStream(rfm_TaggedStreamRepr* repr);
+  rfm_TaggedStream(rfm_TaggedStream const& other);
+  rfm_TaggedStream& operator=(rfm_TaggedStream const& other);
+  ~rfm_TaggedStream();
+
+  void WriteInt(int id, int value) const;
+  void WriteFloat(int id, float value) const;
+  void WriteDouble(int id, double value) const;
+  void WriteHandle(int id, rfm_Handle value) const;
+  // A pooled string: the item holds the string's reference in the pool.
+  void WriteString(int id, cow_String const& value) const;
+  // The text itself, zero-padded to a multiple of 4 bytes. The item carries
+  // no length, while Next expects one: nothing after such an item can be
+  // read back.
+  void WriteFixedString(int id, cow_String const& value) const;
 
   // Reads the next item; false at the end. The Get operations answer the
   // item read, and 0 or empty for the values of the other types.
-  bool Next() const { return Repr().Next(); }
+  bool Next() const;
   // Goes back before the first item, so that Next reads the stream again
   // from its start: a reader after Snap sees the items added since, and a
   // writer sees what it wrote. Items are written where the stream stands,
   // so a writer reads to the end before it writes again.
-  void Rewind() const { Repr().Rewind(); }
-  int GetType() const { return Repr().GetType(); }
-  int GetID() const { return Repr().GetID(); }
-  int GetInt() const { return Repr().GetInt(); }
-  float GetFloat() const { return Repr().GetFloat(); }
-  double GetDouble() const { return Repr().GetDouble(); }
-  rfm_Handle GetHandle() const { return Repr().GetHandle(); }
-  cow_String GetString() const { return Repr().GetString(); }
+  void Rewind() const;
+  int GetType() const;
+  int GetID() const;
+  int GetInt() const;
+  float GetFloat() const;
+  double GetDouble() const;
+  rfm_Handle GetHandle() const;
+  cow_String GetString() const;
 
-  int Flush() const { return Repr().Flush(); }
-  int Snap() const { return Repr().Snap(); }
-  rfm_Handle Handle() const { return Repr().Handle(); }
-  utl_FileOffset SpaceAllocation() const { return Repr().SpaceAllocation(); }
-  utl_FileOffset SpaceLength() const { return Repr().SpaceLength(); }
-  cow_List<cow_String> GetObjStatistics() const { return Repr().GetObjStatistics(); }
+  int Flush() const;
+  int Snap() const;
+  rfm_Handle Handle() const;
+  utl_FileOffset SpaceAllocation() const;
+  utl_FileOffset SpaceLength() const;
+  cow_List<cow_String> GetObjStatistics() const;
 
   bool IsNull() const { return m_Repr.IsNull(); }
+  // The representation, for the library's own layers.
   rfm_TaggedStreamRepr& Repr() const { return m_Repr.GetRef(); }
 
 private:

@@ -5,7 +5,7 @@
 #include "zdb_Check.h"
 
 #include "ZQABasUtlFilePath.h"
-#include "rfm_FileReprEncoded.h"
+#include "rfm_FileRepr.h"
 #include "rfm_ObjectMagic.h"
 #include "zdb_Arguments.h"
 #include "zdb_CheckBlock0.h"
@@ -42,7 +42,7 @@ std::string zdb_CheckFile(std::string const& name, zdb_CheckReport& report) {
     report.Problem(std::string("the file cannot be opened: ") + e.what());
     return std::string();
   }
-  bool compressed = dynamic_cast<rfm_FileReprEncoded*>(file.Repr()) != nullptr;
+  bool compressed = file.Kind() == rfm_FileKindCompressed;
   zdb_CheckBytes bytes(file, report);
   // Every segment of a compressed container that stores data is decoded
   // once, so that its damage shows wherever it lies. Past the last stream

@@ -26,7 +26,7 @@ double StoredDouble(char const* bytes) {
 }  // namespace
 
 zdb_CheckBytes::zdb_CheckBytes(rfm_File const& file, zdb_CheckReport& report)
-    : m_File(file), m_Report(report), m_Length(file->Length()), m_Chunk(kChunkSize) {}
+    : m_File(file), m_Report(report), m_Length(file.Length()), m_Chunk(kChunkSize) {}
 
 bool zdb_CheckBytes::Load(utl_FileOffset index) {
   if (index == m_ChunkIndex) return true;
@@ -35,8 +35,8 @@ bool zdb_CheckBytes::Load(utl_FileOffset index) {
   int wanted = static_cast<int>(std::min<utl_FileOffset>(kChunkSize, m_Length - start));
   m_ChunkIndex = -1;
   try {
-    m_File->Seek(start);
-    int got = m_File->Read(m_Chunk.data(), wanted);
+    m_File.Seek(start);
+    int got = m_File.Read(m_Chunk.data(), wanted);
     if (got != wanted) {
       throw std::runtime_error("only " + std::to_string(got) + " of " + std::to_string(wanted) +
                                " bytes could be read");

@@ -1,7 +1,7 @@
 #include "zdb_CheckCatalogue.h"
 
+#include "rfm_ObjectLayout.h"
 #include "rfm_ObjectMagic.h"
-#include "rfm_TableRepr.h"
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckPool.h"
 #include "zdb_CheckReport.h"
@@ -17,7 +17,7 @@ constexpr int kFieldEntry = 4 + zdb_CheckPool::kExternalSize;  // a type word an
 
 }  // namespace
 
-int zdb_FieldSize(int type) { return rfm_TableRepr::FieldSize(type, zdb_CheckPool::kExternalSize); }
+int zdb_FieldSize(int type) { return rfm_ValueSize(type, zdb_CheckPool::kExternalSize); }
 
 zdb_CheckCatalogue::zdb_CheckCatalogue(zdb_CheckSpace const* space, zdb_CheckPool const& pool, zdb_CheckReport& report)
     : m_Space(space), m_Pool(pool), m_Report(report) {

@@ -1,7 +1,7 @@
 #include "zdb_CheckLinkage.h"
 
 #include "rfm_Block0.h"
-#include "rfm_DatabaseReprFile.h"
+#include "rfm_GroupLayout.h"
 #include "rfm_LinkageRules.h"
 #include "rfm_OffsetConverter.h"
 #include "zdb_CheckBytes.h"
@@ -12,8 +12,8 @@
 namespace {
 
 constexpr int kSlots = rfm_Handle::kSlotsPerGroup;
-constexpr int kLinkageSize = rfm_DatabaseReprFile::kLinkageSize;
-constexpr int kGroupSize = rfm_DatabaseReprFile::kGroupSize;
+constexpr int kLinkageSize = kRfmLinkageSize;
+constexpr int kGroupSize = kRfmGroupSize;
 
 std::string GroupSubject(int index, utl_FileOffset offset) {
   return "group " + std::to_string(index) + " at offset " + std::to_string(offset);
@@ -94,8 +94,7 @@ bool zdb_CheckLinkage::ReadGroup(int index, utl_FileOffset offset, Group& group)
     char const* linkage = bytes.data() + place * kLinkageSize;
     Slot& slot = group.m_Slots[static_cast<std::size_t>(place)];
     static char const* const kNames[] = {"allocation", "length", "location"};
-    static int const kPlaces[] = {rfm_DatabaseReprFile::kLinkageAllocation, rfm_DatabaseReprFile::kLinkageLength,
-                                  rfm_DatabaseReprFile::kLinkageLocation};
+    static int const kPlaces[] = {kRfmLinkageAllocation, kRfmLinkageLength, kRfmLinkageLocation};
     utl_FileOffset* const values[] = {&slot.m_Allocation, &slot.m_Length, &slot.m_Location};
     for (int field = 0; field < 3; ++field) {
       if (zdb_StoredOffset(linkage + kPlaces[field], *values[field]) || !slot.m_Valid) continue;
@@ -103,9 +102,9 @@ bool zdb_CheckLinkage::ReadGroup(int index, utl_FileOffset offset, Group& group)
       slot.m_Invalid = std::string(kNames[field]) + " (" + zdb_StoredDoubleText(linkage + kPlaces[field]) + ")";
     }
     if (slot.m_Location == rfm_OffsetConverter::kInvalid) {
-      slot.m_LocationText = zdb_StoredDoubleText(linkage + rfm_DatabaseReprFile::kLinkageLocation);
+      slot.m_LocationText = zdb_StoredDoubleText(linkage + kRfmLinkageLocation);
     }
-    slot.m_Next = rfm_Handle(zdb_Word(linkage + rfm_DatabaseReprFile::kLinkageNext));
+    slot.m_Next = rfm_Handle(zdb_Word(linkage + kRfmLinkageNext));
     // As the library counts: the first slot whose location is 0 ends the used ones.
     if (place > 0 && slot.m_Location == 0 && group.m_Used == kSlots) group.m_Used = place;
   }

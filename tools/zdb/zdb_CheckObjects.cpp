@@ -1,8 +1,8 @@
 #include "zdb_CheckObjects.h"
 
-#include "rfm_ArrayRepr.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_ObjectMagic.h"
-#include "rfm_TaggedStreamRepr.h"
+#include "rfm_TaggedStream.h"
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckCatalogue.h"
 #include "zdb_CheckLinkage.h"
@@ -17,9 +17,9 @@
 
 namespace {
 
-constexpr int kTableHeader = 12;
-constexpr int kArrayHeader = rfm_ArrayRepr::kHeaderSize;
-constexpr int kStreamHeader = rfm_TaggedStreamRepr::kHeaderSize;
+constexpr int kTableHeader = kRfmTableHeaderSize;
+constexpr int kArrayHeader = kRfmArrayHeaderSize;
+constexpr int kStreamHeader = kRfmTaggedStreamHeaderSize;
 
 // The header of an object, when its space holds it; the bytes that cannot
 // be read have been reported where they lie.
@@ -113,7 +113,7 @@ void zdb_CheckObjects::CheckArray(zdb_CheckSpace const& space, std::string const
     m_Report.Problem(subject + ": its element type " + std::to_string(type) + " is no array's");
     return;
   }
-  if (fields < 1 || fields > rfm_ArrayRepr::kMaxFieldsPerRow) {
+  if (fields < 1 || fields > kRfmArrayMaxFieldsPerRow) {
     m_Report.Problem(subject + ": " + std::to_string(fields) + " elements a row is impossible");
     return;
   }
@@ -140,7 +140,7 @@ void zdb_CheckObjects::CheckStream(zdb_CheckSpace const& space, std::string cons
     }
     if (!space.Read(offset, head, sizeof head)) return;
     int tag = zdb_Word(head);
-    if (tag == rfm_TaggedStreamRepr::kTagFixedString) {
+    if (tag == rfm_TaggedStream::kFixedStringType) {
       m_Report.Problem(subject + ": " + where +
                        " is a fixed string, which carries no length: nothing after it can be read");
       return;

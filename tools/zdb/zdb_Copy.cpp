@@ -6,8 +6,9 @@
 #include "ZQABasUtlFilePath.h"
 #include "rfm_Block0.h"
 #include "rfm_Database.h"
-#include "rfm_DatabaseReprFile.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_File.h"
+#include "rfm_FileRepr.h"
 #include "rfm_FtpRecord.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
@@ -105,7 +106,7 @@ int Copy(std::vector<std::string> const& words, bool compress) {
                             : rfm_File::Open(outName.c_str(), utl_FileAccessCreate, false);
     // The database, not what the container claims: bytes past its end
     // belong to no one, and a damaged count could claim any number.
-    utl_FileOffset const total = std::min(in->Length(), database.Repr().LogicalEnd());
+    utl_FileOffset const total = std::min(in->Length(), database.Database().Repr().LogicalEnd());
     CopyBytes(in, out, total, inName);
     if (compress) {
       char const zeros[kRfmFtpRecordSize] = {};

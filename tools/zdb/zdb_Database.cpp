@@ -1,9 +1,7 @@
 #include "zdb_Database.h"
 
-#include "rfm_Block0.h"
-#include "rfm_DatabaseReprFile.h"
-#include "rfm_FileReprEncoded.h"
 #include "rfm_ObjectMagic.h"
+#include "rfm_Space.h"
 #include "zdb_Failure.h"
 
 #include <algorithm>
@@ -18,11 +16,14 @@ zdb_Database::zdb_Database(std::string const& name) : m_Name(name) {
   }
 }
 
-rfm_DatabaseReprFile& zdb_Database::Repr() const { return dynamic_cast<rfm_DatabaseReprFile&>(m_Database.Repr()); }
+bool zdb_Database::Compressed() const { return m_File.Kind() == rfm_FileKindCompressed; }
 
-bool zdb_Database::Compressed() const { return dynamic_cast<rfm_FileReprEncoded*>(m_File.Repr()) != nullptr; }
-
-std::vector<rfm_Handle> zdb_Database::Handles() const { return Repr().ObjectHandles(); }
+std::vector<rfm_Handle> zdb_Database::Handles() const {
+  cow_List<rfm_Handle> heads = m_Database.ObjectHandles();
+  std::vector<rfm_Handle> handles;
+  for (int i = 0; i < heads.Length(); ++i) handles.push_back(heads[i]);
+  return handles;
+}
 
 bool zdb_Database::IsObject(rfm_Handle handle) const {
   std::vector<rfm_Handle> handles = Handles();
@@ -30,19 +31,9 @@ bool zdb_Database::IsObject(rfm_Handle handle) const {
 }
 
 zdb_Object zdb_Database::Describe(rfm_Handle handle) const {
-  zdb_Object object{handle, m_Database.HandleType(handle), 0, 0, 0};
-  rfm_DatabaseReprFile const& repr = Repr();
-  int steps = 0;
-  for (rfm_Handle link = handle; !link.IsNull() && steps <= repr.ChainLimit(); ++steps) {
-    rfm_Linkage const& extent = repr.Linkage(link);
-    if (extent.m_Location == 0) break;
-    object.m_Length += extent.m_Length;
-    object.m_Allocation += extent.m_Allocation;
-    // Below block 0's end a location is a placeholder: the slot is taken, no bytes yet.
-    if (extent.m_Location >= kRfmBlock0Size) ++object.m_Extents;
-    link = extent.m_Next;
-  }
-  return object;
+  rfm_Space space = m_Database.Space(handle, -1);
+  return zdb_Object{handle, m_Database.HandleType(handle), space.Length(), space.Allocation(),
+                    m_Database.ExtentCount(handle)};
 }
 
 char const* zdb_TypeName(int type) {

@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-class rfm_DatabaseReprFile;
-
 // One object of a database as zdb lists it: its handle, its type as
 // rfm_Database::HandleType tells it, and the sizes of its chain of extents.
 struct zdb_Object {
@@ -19,9 +17,8 @@ struct zdb_Object {
   int m_Extents;  // extents that hold bytes; an object not yet written has none
 };
 
-// A database file opened for reading, whatever its kind, with what zdb needs
-// beyond the public handle: the kind of file, and the objects found through
-// the linkage groups.
+// A database file opened for reading, whatever its kind, with what zdb
+// makes of it: the kind of file, and its objects as zdb lists them.
 class zdb_Database {
 public:
   // Raises zdb_Failure naming the file when it cannot be opened as a database.
@@ -30,7 +27,6 @@ public:
   std::string const& Name() const { return m_Name; }
   rfm_File const& File() const { return m_File; }
   rfm_Database const& Database() const { return m_Database; }
-  rfm_DatabaseReprFile& Repr() const;
   bool Compressed() const;
   // "plain" or "compressed".
   char const* Kind() const { return Compressed() ? "compressed" : "plain"; }

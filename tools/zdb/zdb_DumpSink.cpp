@@ -1,8 +1,8 @@
 #include "zdb_DumpSink.h"
 
-#include "rfm_TaggedStreamRepr.h"
+#include "rfm_TaggedStream.h"
 #include "zdb_Database.h"
 
 char const* zdb_TagName(int tag) {
-  return tag == rfm_TaggedStreamRepr::kTagFixedString ? "fixed string" : zdb_TypeName(tag);
+  return tag == rfm_TaggedStream::kFixedStringType ? "fixed string" : zdb_TypeName(tag);
 }

@@ -1,7 +1,6 @@
 // zdb info: what a database file is, from block 0 and the library's statistics.
 
 #include "rfm_Block0.h"
-#include "rfm_DatabaseReprFile.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
 #include "zdb_Database.h"
@@ -15,15 +14,15 @@ namespace {
 
 // The application's magic: what follows "ZKRR" in the first eight bytes, up to a zero.
 std::string ApplicationMagic(rfm_File const& file) {
-  file->Seek(kRfmMagicOffset);
-  cow_String stored = file->ReadFixedString(kRfmMagicSize);
+  file.Seek(kRfmMagicOffset);
+  cow_String stored = file.ReadFixedString(kRfmMagicSize);
   char const* application = stored.CStr() + std::strlen(kRfmDatabaseMagic);
   return std::string(application, strnlen(application, kRfmMagicSize - std::strlen(kRfmDatabaseMagic)));
 }
 
 int Version(rfm_File const& file) {
-  file->Seek(kRfmVersionOffset);
-  return file->ReadInt();
+  file.Seek(kRfmVersionOffset);
+  return file.ReadInt();
 }
 
 // The creation time in local time with its offset from UTC, then as stored.
@@ -50,7 +49,7 @@ int Run(std::vector<std::string> const& words) {
     Line("description", db.Description().CStr());
     Line("created", CreationTime(rfm_Database::GetCreationTime(database.File())));
     Line("flush count", std::to_string(db.GetFlushCount()));
-    Line("groups", std::to_string(database.Repr().GroupCount()));
+    Line("groups", std::to_string(db.GroupCount()));
     Line("objects", std::to_string(database.Handles().size()));
     cow_List<cow_String> statistics = db.GetDBStatistics();
     for (int i = 0; i < statistics.Length(); ++i) std::printf("%s\n", statistics[i].CStr());

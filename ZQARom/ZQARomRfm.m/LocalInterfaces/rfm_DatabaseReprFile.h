@@ -4,6 +4,7 @@
 #include "rfm_DatabaseGroup.h"
 #include "rfm_DatabaseRepr.h"
 #include "rfm_File.h"
+#include "rfm_FileRepr.h"
 #include "rfm_Space.h"
 #include "rfm_StringManagerFile.h"
 
@@ -12,7 +13,8 @@
 #include <vector>
 
 // A database in a file: block 0, the chain of linkage groups that lists
-// where every object's bytes lie, and the objects themselves.
+// where every object's bytes lie (laid out as rfm_GroupLayout.h says), and
+// the objects themselves.
 //
 // Invariants:
 // - The groups stay in memory while the database is open; Linkage() is an
@@ -29,23 +31,6 @@
 //   rfm_LinkageRules is refused whole. Free slots are not read.
 class rfm_DatabaseReprFile : public rfm_DatabaseRepr {
 public:
-  // The on-disk form of a linkage group: 512 linkages of 28 bytes.
-  //
-  //  offset  size  content
-  //       0     8  allocation, double
-  //       8     8  length, double
-  //      16     8  location, double; 0: the slot is free
-  //      24     4  next handle, 0 at the end of the chain
-  //
-  // Slot 0's location is the next group's offset (0 in the last group) and
-  // its next is that group's index shifted left by 9.
-  static constexpr int kLinkageAllocation = 0;
-  static constexpr int kLinkageLength = 8;
-  static constexpr int kLinkageLocation = 16;
-  static constexpr int kLinkageNext = 24;
-  static constexpr int kLinkageSize = 28;
-  static constexpr int kGroupSize = rfm_DatabaseGroup::kSlots * kLinkageSize;
-
   explicit rfm_DatabaseReprFile(rfm_File const& file);
   ~rfm_DatabaseReprFile() override;
 
@@ -69,6 +54,13 @@ public:
   void ReaderSemaphoreClear() override { File().ReaderSemaphoreClear(); }
   cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const override;
   cow_List<cow_String> GetDBStatistics() const override;
+  // The used slots with a location that no other used slot continues, in
+  // group and slot order.
+  cow_List<rfm_Handle> ObjectHandles() const override;
+  int GroupCount() const override { return static_cast<int>(m_Groups.size()); }
+  // Counts the linkages of the chain whose location is past block 0: a
+  // space that has not grown holds its slot with a placeholder location.
+  int ExtentCount(rfm_Handle const& handle) const override;
   cow_String GetObjectLocationReport(utl_FileOffset const& offset) const override;
   rfm_SpaceRepr* Space(int quantum) override;
   rfm_SpaceRepr* Space(rfm_Handle const& handle, int quantum) override;
@@ -87,17 +79,10 @@ public:
   // Whether handle names an object: a slot other than 0, in a group that
   // exists, with a location.
   bool HandleOk(rfm_Handle handle) const;
-  // Where the database ends: past block 0, its last group and the
-  // allocation of every extent in use. A writer's file is exactly this long
-  // after each flush; the bytes beyond belong to no one.
-  utl_FileOffset LogicalEnd() const;
+  utl_FileOffset LogicalEnd() const override;
   // Grows the file's logical length; when the real file grows, the transfer
   // record follows it.
   void Extend(utl_FileOffset delta);
-  // The handles of every object, in group and slot order: the used slots
-  // with a location that no other used slot continues.
-  std::vector<rfm_Handle> ObjectHandles() const;
-  int GroupCount() const { return static_cast<int>(m_Groups.size()); }
   // More links than any chain can have: a longer walk means a damaged file.
   int ChainLimit() const { return static_cast<int>(m_Groups.size()) * rfm_DatabaseGroup::kSlots; }
   // The last linkage of the chain that link is part of.

@@ -31,6 +31,7 @@ public:
   ~rfm_FileReprEncoded() override;
 
   bool ReadOnly() const override { return m_ReadOnly; }
+  rfm_FileKind Kind() const override { return rfm_FileKindCompressed; }
   void Seek(utl_FileOffset location) override;
   void Flush() override;
   void Extend(utl_FileOffset delta) override { FileExtend(delta); }

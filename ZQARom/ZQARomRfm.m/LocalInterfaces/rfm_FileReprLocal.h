@@ -26,6 +26,7 @@ public:
   ~rfm_FileReprLocal() override;
 
   bool ReadOnly() const override { return m_ReadOnly; }
+  rfm_FileKind Kind() const override { return rfm_FileKindPlain; }
   void Seek(utl_FileOffset offset) override;
   void Flush() override {}
   void Extend(utl_FileOffset delta) override { FileExtend(delta); }

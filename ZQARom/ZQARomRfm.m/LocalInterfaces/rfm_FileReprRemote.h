@@ -34,6 +34,7 @@ public:
   ~rfm_FileReprRemote() override;
 
   bool ReadOnly() const override { return true; }
+  rfm_FileKind Kind() const override { return rfm_FileKindRemote; }
   // Any place, also past the end: a read there meets a short page.
   void Seek(utl_FileOffset offset) override { m_Location = offset; }
   void Flush() override {}

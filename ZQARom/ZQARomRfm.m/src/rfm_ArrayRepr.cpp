@@ -4,6 +4,7 @@
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
 #include "rfm_ChangeCount.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_Exc.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"

@@ -1,7 +1,10 @@
 #include "ZQABasAssert.h"
 #include "rfm_Array.h"
+#include "rfm_ArrayRepr.h"
 #include "rfm_Database.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_TaggedStream.h"
+#include "rfm_TaggedStreamRepr.h"
 
 #include <memory>
 

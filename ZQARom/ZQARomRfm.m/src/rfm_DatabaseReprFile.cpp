@@ -8,6 +8,7 @@
 #include "rfm_DBMetadata.h"
 #include "rfm_DestructorFlush.h"
 #include "rfm_FileException.h"
+#include "rfm_GroupLayout.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_LinkageRules.h"
 #include "rfm_ObjectMagic.h"
@@ -149,7 +150,7 @@ void rfm_DatabaseReprFile::Create(cow_String const& magic, cow_String const& des
   for (int offset = kRfmClosingWordOffset; offset <= kRfmFlushCountOffset; offset += 4) file.WriteInt(0);
   file.WriteInt(static_cast<int>(creationTime));
 
-  m_Scratch.reset(new char[kGroupSize]);
+  m_Scratch.reset(new char[kRfmGroupSize]);
   m_Groups.clear();
   CreateGroup();
 
@@ -183,7 +184,7 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
                                          FileName()));
   }
   // Block 0 and the first group must be there before anything is read from them.
-  if (file.LengthPysical() < kRfmBlock0Size + kGroupSize) RaiseCorrupt(__LINE__);
+  if (file.LengthPysical() < kRfmBlock0Size + kRfmGroupSize) RaiseCorrupt(__LINE__);
   file.Seek(kRfmVersionOffset);
   int version = file.ReadInt();
   if (version < kRfmOldestReadableVersion) {
@@ -195,7 +196,7 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
   m_FlushCount = file.ReadInt();
   file.FTPCheckCheck(kRfmFtpRecordOffset);
 
-  m_Scratch.reset(new char[kGroupSize]);
+  m_Scratch.reset(new char[kRfmGroupSize]);
   if (!ReadOnly()) {
     m_Groups = LoadGroupList();
   } else if (!LoadSteadyGroupList(m_Groups, kOpenReadings)) {
@@ -334,7 +335,7 @@ bool rfm_DatabaseReprFile::LoadSteadyGroupList(GroupList& groups, int readings) 
 utl_FileOffset rfm_DatabaseReprFile::LogicalEnd() const {
   utl_FileOffset end = kRfmBlock0Size;
   for (auto const& group : m_Groups) {
-    end = std::max(end, group->m_Offset + kGroupSize);
+    end = std::max(end, group->m_Offset + kRfmGroupSize);
     for (int slot = 1; slot < group->m_Used; ++slot) {
       rfm_Linkage const& link = group->m_Linkages[slot];
       if (link.m_Allocation > 0) end = std::max(end, link.m_Location + link.m_Allocation);
@@ -356,7 +357,7 @@ void rfm_DatabaseReprFile::CreateGroup() {
   constexpr int kPage = rfm_SpaceReprFile::kPageSize;
   utl_FileOffset end = File().LengthLogical();
   group->m_Offset = end + ((kRfmBlock0Size - end) % kPage + kPage) % kPage;
-  Extend(group->m_Offset - end + kGroupSize);
+  Extend(group->m_Offset - end + kRfmGroupSize);
   m_Groups.push_back(std::move(group));
 }
 
@@ -376,14 +377,14 @@ utl_FileOffset rfm_DatabaseReprFile::ReadGroupChain(std::string& bytes, bool afr
     // bound: a flush need not write the free slots at its end, which read as
     // zeros all the same.
     if (offset >= stored) RaiseCorrupt(__LINE__);
-    if (afresh) File().ForgetCached(offset, kGroupSize);
+    if (afresh) File().ForgetCached(offset, kRfmGroupSize);
     std::size_t at = bytes.size();
-    bytes.resize(at + kGroupSize);
+    bytes.resize(at + kRfmGroupSize);
     File().Seek(offset);
-    int got = File().Read(&bytes[at], kGroupSize);
+    int got = File().Read(&bytes[at], kRfmGroupSize);
     bytes.resize(at + static_cast<std::size_t>(std::max(got, 0)));
-    if (got != kGroupSize) RaiseCorrupt(__LINE__);
-    utl_FileOffset next = rfm_OffsetConverter::Internalize(order, &bytes[at] + kLinkageLocation);
+    if (got != kRfmGroupSize) RaiseCorrupt(__LINE__);
+    utl_FileOffset next = rfm_OffsetConverter::Internalize(order, &bytes[at] + kRfmLinkageLocation);
     // Groups only ever go to the end of the file: a next group that is not
     // further on would make the chain a loop.
     if (next != 0 && next <= offset) RaiseCorrupt(__LINE__);
@@ -396,7 +397,7 @@ rfm_DatabaseReprFile::GroupList rfm_DatabaseReprFile::DecodeGroupList(std::strin
                                                                       utl_FileOffset stored) const {
   GroupList groups;
   utl_FileOffset offset = kRfmBlock0Size;
-  for (std::size_t at = 0; at < bytes.size(); at += kGroupSize) {
+  for (std::size_t at = 0; at < bytes.size(); at += kRfmGroupSize) {
     std::unique_ptr<rfm_DatabaseGroup> group(new rfm_DatabaseGroup);
     DecodeGroup(bytes.data() + at, offset, *group);
     offset = group->m_Linkages[0].m_Location;
@@ -412,12 +413,12 @@ void rfm_DatabaseReprFile::DecodeGroup(char const* bytes, utl_FileOffset offset,
   group.m_Dirty = false;
   group.m_Used = rfm_DatabaseGroup::kSlots;
   // What the slots hold is judged in CheckLinkages, for the slots in use only.
-  for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kLinkageSize) {
+  for (int slot = 0; slot < rfm_DatabaseGroup::kSlots; ++slot, bytes += kRfmLinkageSize) {
     rfm_Linkage& link = group.m_Linkages[slot];
-    link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes + kLinkageAllocation);
-    link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLength);
-    link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + kLinkageLocation);
-    link.m_Next = rfm_HandleConverter::Internalize(order, bytes + kLinkageNext);
+    link.m_Allocation = rfm_OffsetConverter::Internalize(order, bytes + kRfmLinkageAllocation);
+    link.m_Length = rfm_OffsetConverter::Internalize(order, bytes + kRfmLinkageLength);
+    link.m_Location = rfm_OffsetConverter::Internalize(order, bytes + kRfmLinkageLocation);
+    link.m_Next = rfm_HandleConverter::Internalize(order, bytes + kRfmLinkageNext);
     link.m_Continues = false;
     if (slot > 0 && link.m_Location == 0 && group.m_Used == rfm_DatabaseGroup::kSlots) group.m_Used = slot;
   }
@@ -432,7 +433,7 @@ void rfm_DatabaseReprFile::CheckLinkages(GroupList& groups, utl_FileOffset store
   std::vector<Range> ranges{{0, kRfmBlock0Size}};
   std::size_t used = 0;
   for (auto const& group : groups) {
-    ranges.push_back({group->m_Offset, kGroupSize});
+    ranges.push_back({group->m_Offset, kRfmGroupSize});
     used += static_cast<std::size_t>(group->m_Used - 1);
     for (int slot = 1; slot < group->m_Used; ++slot) {
       rfm_Linkage const& link = group->m_Linkages[slot];
@@ -516,32 +517,32 @@ void rfm_DatabaseReprFile::DumpGroupList() {
     group.m_Linkages[0].m_Allocation = 0;
     group.m_Linkages[0].m_Length = 0;
     File().Seek(group.m_Offset);
-    int got = File().Read(onDisk, kGroupSize);
-    std::memset(onDisk + got, 0, static_cast<std::size_t>(kGroupSize - got));
+    int got = File().Read(onDisk, kRfmGroupSize);
+    std::memset(onDisk + got, 0, static_cast<std::size_t>(kRfmGroupSize - got));
     int used = 1;
     while (used < rfm_DatabaseGroup::kSlots &&
-           rfm_OffsetConverter::Internalize(order, onDisk + used * kLinkageSize + kLinkageLocation) != 0) {
+           rfm_OffsetConverter::Internalize(order, onDisk + used * kRfmLinkageSize + kRfmLinkageLocation) != 0) {
       ++used;
     }
     // A group the file does not hold whole yet is written to its end.
-    int freshEnd = got < kGroupSize ? kGroupSize : group.m_Used * kLinkageSize;
-    pieces.push_back({kFreshSlots, index, used * kLinkageSize, std::max(freshEnd, used * kLinkageSize)});
+    int freshEnd = got < kRfmGroupSize ? kRfmGroupSize : group.m_Used * kRfmLinkageSize;
+    pieces.push_back({kFreshSlots, index, used * kRfmLinkageSize, std::max(freshEnd, used * kRfmLinkageSize)});
     for (int slot = 0; slot < used; ++slot) {
-      char now[kLinkageSize];
+      char now[kRfmLinkageSize];
       EncodeLinkage(group.m_Linkages[slot], now);
-      int at = slot * kLinkageSize;
+      int at = slot * kRfmLinkageSize;
       auto changed = [&](int begin, int end) {
         return std::memcmp(now + begin, onDisk + at + begin, static_cast<std::size_t>(end - begin)) != 0;
       };
       int owner = ReferencedObject(rfm_Handle::Make(static_cast<int>(index), slot));
-      if (changed(kLinkageLocation, kLinkageNext)) {
-        pieces.push_back({kLocations, index, at + kLinkageLocation, at + kLinkageNext});
+      if (changed(kRfmLinkageLocation, kRfmLinkageNext)) {
+        pieces.push_back({kLocations, index, at + kRfmLinkageLocation, at + kRfmLinkageNext});
       }
-      if (changed(kLinkageAllocation, kLinkageLocation)) {
-        pieces.push_back({sizesRank(owner), index, at + kLinkageAllocation, at + kLinkageLocation});
+      if (changed(kRfmLinkageAllocation, kRfmLinkageLocation)) {
+        pieces.push_back({sizesRank(owner), index, at + kRfmLinkageAllocation, at + kRfmLinkageLocation});
       }
-      if (changed(kLinkageNext, kLinkageSize)) {
-        pieces.push_back({sizesRank(owner) + 1, index, at + kLinkageNext, at + kLinkageSize});
+      if (changed(kRfmLinkageNext, kRfmLinkageSize)) {
+        pieces.push_back({sizesRank(owner) + 1, index, at + kRfmLinkageNext, at + kRfmLinkageSize});
       }
     }
   }
@@ -549,8 +550,8 @@ void rfm_DatabaseReprFile::DumpGroupList() {
   for (Piece const& piece : pieces) {
     if (piece.begin == piece.end) continue;
     rfm_DatabaseGroup const& group = *m_Groups[piece.group];
-    for (int slot = piece.begin / kLinkageSize; slot <= (piece.end - 1) / kLinkageSize; ++slot) {
-      EncodeLinkage(group.m_Linkages[slot], m_Scratch.get() + slot * kLinkageSize);
+    for (int slot = piece.begin / kRfmLinkageSize; slot <= (piece.end - 1) / kRfmLinkageSize; ++slot) {
+      EncodeLinkage(group.m_Linkages[slot], m_Scratch.get() + slot * kRfmLinkageSize);
     }
     File().Seek(group.m_Offset + piece.begin);
     File().Write(m_Scratch.get() + piece.begin, piece.end - piece.begin);
@@ -567,13 +568,13 @@ int rfm_DatabaseReprFile::ReferencedObject(rfm_Handle link) const {
 
 void rfm_DatabaseReprFile::EncodeLinkage(rfm_Linkage const& link, char* bytes) {
   omi_Swapper order = rfm_FileOrder();
-  rfm_OffsetConverter::Externalize(order, bytes + kLinkageAllocation, link.m_Allocation);
-  rfm_OffsetConverter::Externalize(order, bytes + kLinkageLength, link.m_Length);
-  rfm_OffsetConverter::Externalize(order, bytes + kLinkageLocation, link.m_Location);
+  rfm_OffsetConverter::Externalize(order, bytes + kRfmLinkageAllocation, link.m_Allocation);
+  rfm_OffsetConverter::Externalize(order, bytes + kRfmLinkageLength, link.m_Length);
+  rfm_OffsetConverter::Externalize(order, bytes + kRfmLinkageLocation, link.m_Location);
   // The next field is 4 bytes here, not a stored handle's 8.
   char handle[rfm_HandleConverter::ExternalSize()];
   rfm_HandleConverter::Externalize(order, handle, link.m_Next);
-  std::memcpy(bytes + kLinkageNext, handle, kLinkageSize - kLinkageNext);
+  std::memcpy(bytes + kRfmLinkageNext, handle, kRfmLinkageSize - kRfmLinkageNext);
 }
 
 rfm_Handle rfm_DatabaseReprFile::ChainEnd(rfm_Handle link) const {
@@ -636,7 +637,7 @@ cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
   cow_List<cow_String> statistics;
   statistics.Append(atr_SubstituteFormat("Block 0 Size (bytes)=%d", kRfmBlock0Size));
   statistics.Append(atr_SubstituteFormat("Total Linkage Usage (bytes)=%20.0lf",
-                                         static_cast<double>(m_Groups.size()) * kGroupSize));
+                                         static_cast<double>(m_Groups.size()) * kRfmGroupSize));
   statistics.Append(atr_SubstituteFormat("Metadata Pool Size (bytes)=%20.0lf",
                                          static_cast<double>(m_Metadata->Length())));
   statistics.Append(atr_SubstituteFormat("String Pool Size (bytes)=%20.0lf",
@@ -647,21 +648,35 @@ cow_List<cow_String> rfm_DatabaseReprFile::GetDBStatistics() const {
   return statistics;
 }
 
-std::vector<rfm_Handle> rfm_DatabaseReprFile::ObjectHandles() const {
+cow_List<rfm_Handle> rfm_DatabaseReprFile::ObjectHandles() const {
   // Heads are the used slots with a location that no other slot continues.
-  std::vector<rfm_Handle> heads;
+  cow_List<rfm_Handle> heads;
   for (std::size_t index = 0; index < m_Groups.size(); ++index) {
     rfm_DatabaseGroup const& group = *m_Groups[index];
     for (int slot = 1; slot < group.m_Used; ++slot) {
       rfm_Linkage const& link = group.m_Linkages[slot];
-      if (link.m_Location != 0 && !link.m_Continues) heads.push_back(rfm_Handle::Make(static_cast<int>(index), slot));
+      if (link.m_Location != 0 && !link.m_Continues) heads.Append(rfm_Handle::Make(static_cast<int>(index), slot));
     }
   }
   return heads;
 }
 
+int rfm_DatabaseReprFile::ExtentCount(rfm_Handle const& handle) const {
+  if (!HandleOk(handle) || Linkage(handle).m_Continues) return 0;
+  int extents = 0;
+  int steps = 0;
+  for (rfm_Handle link = handle; !link.IsNull() && steps <= ChainLimit(); ++steps) {
+    rfm_Linkage const& extent = Linkage(link);
+    if (extent.m_Location >= kRfmBlock0Size) ++extents;
+    link = extent.m_Next;
+  }
+  return extents;
+}
+
 cow_String rfm_DatabaseReprFile::GetObjectLocationReport(utl_FileOffset const& offset) const {
-  for (rfm_Handle head : ObjectHandles()) {
+  cow_List<rfm_Handle> heads = ObjectHandles();
+  for (int i = 0; i < heads.Length(); ++i) {
+    rfm_Handle head = heads[i];
     utl_FileOffset before = 0;
     int steps = 0;
     for (rfm_Handle link = head; !link.IsNull() && steps <= ChainLimit(); ++steps) {

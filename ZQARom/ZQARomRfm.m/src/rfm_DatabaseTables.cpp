@@ -1,5 +1,7 @@
 #include "rfm_Database.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_Table.h"
+#include "rfm_TableRepr.h"
 
 rfm_Table rfm_Database::Table(rfm_Handle handle, int quantum, int cacheRows) const {
   return rfm_Table(new rfm_TableRepr(*this, handle, quantum, cacheRows));

@@ -6,6 +6,7 @@
 #include "atr_translate.h"
 #include "rfm_CodecZip.h"
 #include "rfm_FileException.h"
+#include "rfm_FileRepr.h"
 #include "rfm_FileReprEncoded.h"
 #include "rfm_FileReprLocal.h"
 #include "rfm_FileReprRemote.h"
@@ -47,6 +48,12 @@ rfm_File OpenForReading(cow_String const& name, cow_String const& key, bool prea
 }
 
 }  // namespace
+
+rfm_File::rfm_File() = default;
+rfm_File::rfm_File(rfm_FileRepr* repr) : m_Repr(repr) {}
+rfm_File::rfm_File(rfm_File const& other) = default;
+rfm_File& rfm_File::operator=(rfm_File const& other) = default;
+rfm_File::~rfm_File() = default;
 
 rfm_File rfm_File::Open(cow_String const& name, utl_FileAccess access, bool preallocate) {
   bool logify = Logify();
@@ -95,4 +102,37 @@ void rfm_File::Copy(rfm_File const& source) {
     if (got == 0) break;
     Repr()->Write(block, got);
   }
+}
+
+bool rfm_File::ReadOnly() const { return m_Repr.GetRef().ReadOnly(); }
+cow_String rfm_File::FileName() const { return m_Repr.GetRef().FileName(); }
+rfm_FileKind rfm_File::Kind() const { return m_Repr.GetRef().Kind(); }
+
+utl_FileOffset rfm_File::Length() const { return m_Repr.GetRef().Length(); }
+utl_FileOffset rfm_File::Location() const { return m_Repr.GetRef().Location(); }
+void rfm_File::Seek(utl_FileOffset offset) const { m_Repr.GetRef().Seek(offset); }
+void rfm_File::Flush() const { m_Repr.GetRef().Flush(); }
+int rfm_File::Read(char* buffer, int count) const { return m_Repr.GetRef().Read(buffer, count); }
+int rfm_File::Write(char const* buffer, int count) const { return m_Repr.GetRef().Write(buffer, count); }
+int rfm_File::ReadInt() const { return m_Repr.GetRef().ReadInt(); }
+float rfm_File::ReadFloat() const { return m_Repr.GetRef().ReadFloat(); }
+double rfm_File::ReadDouble() const { return m_Repr.GetRef().ReadDouble(); }
+cow_String rfm_File::ReadFixedString(int width) const { return m_Repr.GetRef().ReadFixedString(width); }
+int rfm_File::ReadIntArray(int* values, int count) const { return m_Repr.GetRef().ReadIntArray(values, count); }
+int rfm_File::ReadFloatArray(float* values, int count) const { return m_Repr.GetRef().ReadFloatArray(values, count); }
+int rfm_File::ReadDoubleArray(double* values, int count) const {
+  return m_Repr.GetRef().ReadDoubleArray(values, count);
+}
+void rfm_File::WriteInt(int value) const { m_Repr.GetRef().WriteInt(value); }
+void rfm_File::WriteFloat(float value) const { m_Repr.GetRef().WriteFloat(value); }
+void rfm_File::WriteDouble(double value) const { m_Repr.GetRef().WriteDouble(value); }
+void rfm_File::WriteFixedString(cow_String const& text, int width) const {
+  m_Repr.GetRef().WriteFixedString(text, width);
+}
+void rfm_File::WriteIntArray(int const* values, int count) const { m_Repr.GetRef().WriteIntArray(values, count); }
+void rfm_File::WriteFloatArray(float const* values, int count) const {
+  m_Repr.GetRef().WriteFloatArray(values, count);
+}
+void rfm_File::WriteDoubleArray(double const* values, int count) const {
+  m_Repr.GetRef().WriteDoubleArray(values, count);
 }

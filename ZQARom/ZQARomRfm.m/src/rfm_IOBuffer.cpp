@@ -20,7 +20,9 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_IOBuffer";
 
 rfm_IOBuffer::rfm_IOBuffer(rfm_IOS* underlying, int size)
     : m_Underlying(underlying), m_Size(size > 0 ? size : kDefaultSize), m_Start(underlying->Location()),
-      m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {}
+      m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {
+  m_Bytes = m_Buffer.get();
+}
 
 rfm_IOBuffer::~rfm_IOBuffer() {
   rfm_FlushInDestructor([this] { LocalFlush(); });

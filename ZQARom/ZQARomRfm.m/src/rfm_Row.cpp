@@ -1,5 +1,6 @@
 #include "rfm_Row.h"
 
+#include "rfm_RowImpl.h"
 #include "rfm_TableRepr.h"
 
 #include <utility>
@@ -30,3 +31,25 @@ void rfm_Row::Nullify() {
     rfm_TableRepr::DropHolder(table);
   }
 }
+
+rfm_RowImpl& rfm_Row::Impl() const { return *m_Repr->m_Impl; }
+
+// The reads and writes of numbers and handles, every row's hot path,
+// stand in rfm_RowImpl.cpp: see there.
+
+bool rfm_Row::FieldIsPresent(rfm_FieldHandle const& h) const { return Impl().FieldIsPresent(h); }
+bool rfm_Row::DataIsPresent(rfm_FieldHandle const& h) const { return Impl().DataIsPresent(h); }
+cow_String rfm_Row::ReadFieldString(rfm_FieldHandle const& h) const { return Impl().ReadFieldString(h); }
+void rfm_Row::WriteFieldString(rfm_FieldHandle const& h, cow_String const& value) const {
+  Impl().WriteFieldString(h, value);
+}
+
+void rfm_Row::NeuterFieldString(rfm_FieldHandle const& h, cow_String const& replacement) const {
+  Impl().NeuterFieldString(h, replacement);
+}
+
+void rfm_Row::Erase() const { Impl().Erase(); }
+void rfm_Row::Erase(rfm_FieldHandle const& h) const { Impl().Erase(h); }
+void rfm_Row::CopyField(rfm_Row const& source, rfm_FieldHandle const& h) const { Impl().CopyField(source.Impl(), h); }
+int rfm_Row::Location() const { return Impl().Location(); }
+rfm_MapName2FieldMetadata const& rfm_Row::FieldMetadataMap() const { return Impl().FieldMetadataMap(); }

@@ -4,6 +4,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "rfm_HandleConverter.h"
+#include "rfm_Row.h"
 #include "rfm_StringManager.h"
 #include "rfm_TableRepr.h"
 
@@ -192,4 +193,25 @@ void rfm_RowImpl::CopyField(rfm_RowImpl const& source, rfm_FieldHandle const& ha
     default:
       ZQA_ASSERT(kSourcePath, !"Invalid field type.");
   }
+}
+
+// A field read or written through rfm_Row is one call: defined here, each
+// of these takes in the row's own operation, which a definition in
+// rfm_Row.cpp would have to call (about a tenth more per field).
+int rfm_Row::ReadFieldInt(rfm_FieldHandle const& h) const { return m_Repr->m_Impl->ReadFieldInt(h); }
+float rfm_Row::ReadFieldFloat(rfm_FieldHandle const& h) const { return m_Repr->m_Impl->ReadFieldFloat(h); }
+double rfm_Row::ReadFieldDouble(rfm_FieldHandle const& h) const { return m_Repr->m_Impl->ReadFieldDouble(h); }
+rfm_Handle rfm_Row::ReadFieldHandle(rfm_FieldHandle const& h) const { return m_Repr->m_Impl->ReadFieldHandle(h); }
+void rfm_Row::WriteFieldInt(rfm_FieldHandle const& h, int value) const { m_Repr->m_Impl->WriteFieldInt(h, value); }
+
+void rfm_Row::WriteFieldFloat(rfm_FieldHandle const& h, float value) const {
+  m_Repr->m_Impl->WriteFieldFloat(h, value);
+}
+
+void rfm_Row::WriteFieldDouble(rfm_FieldHandle const& h, double value) const {
+  m_Repr->m_Impl->WriteFieldDouble(h, value);
+}
+
+void rfm_Row::WriteFieldHandle(rfm_FieldHandle const& h, rfm_Handle const& value) const {
+  m_Repr->m_Impl->WriteFieldHandle(h, value);
 }

@@ -6,7 +6,6 @@
 #include "omi_BtreeIterator.h"
 #include "rfm_DatabaseRepr.h"
 #include "rfm_DestructorFlush.h"
-#include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"
 #include "rfm_StringManager.h"
 
@@ -29,22 +28,6 @@ constexpr int kBufferSize = 1024;
 }
 
 }  // namespace
-
-int rfm_TableRepr::FieldSize(int type, int externalStringSize) {
-  switch (type) {
-    case rfm_TypeInt:
-    case rfm_TypeFloat:
-      return 4;
-    case rfm_TypeDouble:
-      return 8;
-    case rfm_TypeHandle:
-      return rfm_HandleConverter::ExternalSize();
-    case rfm_TypeString:
-      return externalStringSize;
-    default:
-      return 0;
-  }
-}
 
 rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* metadata, int quantum, int cacheRows)
     : m_Database(database), m_Metadata(metadata), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
@@ -98,7 +81,7 @@ void rfm_TableRepr::Setup() {
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(m_Metadata->FieldMap()); !it.IsDone(); it.Next()) {
     rfm_FieldMetadata const& field = it.CurrentValue();
     if (field.Present() == 0) continue;
-    int size = FieldSize(field.Type(), stringSize);
+    int size = rfm_ValueSize(field.Type(), stringSize);
     if (size == 0) {
       Raise(__LINE__, atr_SubstituteFormat(atr_translate("rfm_TableRepr::Setup: An invalid field type for field '%s' "
                                                          "has been specified for table '%s'."),
@@ -427,7 +410,7 @@ void rfm_TableRepr::AppendRowByRow(rfm_TableRepr& other) {
         other.StringManager()->Internalize(fromBytes, &text, 1);
         StringManager()->Externalize(toBytes, &text, 1);
       } else {
-        std::memcpy(toBytes, fromBytes, static_cast<std::size_t>(FieldSize(match.type, stringSize)));
+        std::memcpy(toBytes, fromBytes, static_cast<std::size_t>(rfm_ValueSize(match.type, stringSize)));
       }
       to.SetPresenceBit(match.to);
     }

@@ -3,6 +3,7 @@
 #include "ZQABasAssert.h"
 #include "atr_translate.h"
 #include "rfm_ChangeCount.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_Exc.h"
 #include "rfm_HandleConverter.h"
 #include "rfm_ObjectMagic.h"

@@ -1,4 +1,6 @@
 #include "rfm_Array.h"
+#include "rfm_ArrayRepr.h"
+#include "rfm_DatabaseRepr.h"
 #include "rfm_TestAssertion.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"

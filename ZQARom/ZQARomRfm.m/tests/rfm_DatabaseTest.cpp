@@ -2,14 +2,18 @@
 #include "nex_PrimException.h"
 #include "rfm_Database.h"
 #include "rfm_DatabaseReprFile.h"
+#include "rfm_GroupLayout.h"
 #include "rfm_ReaderSemaphoreProxy.h"
+#include "rfm_SampleDatabase.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <sys/wait.h>
@@ -17,7 +21,7 @@
 
 namespace {
 
-constexpr int kGroup = rfm_DatabaseReprFile::kGroupSize;
+constexpr int kGroup = kRfmGroupSize;
 
 std::string OpenError(cow_String const& name, char const* magic) {
   try {
@@ -150,6 +154,62 @@ TEST_P(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) 
   rfm_Database reopened = OpenTestDatabase(name, utl_FileAccessRead);
   EXPECT_EQ("in group one", ReadSpace(reopened, rfm_Handle(513)));
   EXPECT_EQ("x", ReadSpace(reopened, rfm_Handle(511)));
+}
+
+// The sample holds every kind of object, and chains that continue across
+// groups 0 and 1; a space made after it has its head in group 1.
+TEST_P(DatabaseTest, ObjectHandlesListEveryObjectsHeadInHandleOrderAndNoLinkageThatContinuesOne) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("objects.zdb");
+  std::vector<rfm_SampleDatabase::Object> objects = rfm_SampleDatabase::Write(
+      GetParam() == rfm_TestFileKind::Compressed ? rfm_File::CreateCompressed(name)
+                                                 : rfm_File::Open(name, utl_FileAccessCreate, false));
+  rfm_Handle late;
+  {
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate);
+    late = WriteSpace(database, "made last");
+    // Made, not yet grown: its slot is taken, no extent holds it.
+    EXPECT_EQ(0, database.ExtentCount(database.Space(-1).Handle()));
+  }
+  objects.push_back({late, rfm_TypeSpace});
+  for (int wellKnown = 1; wellKnown <= 3; ++wellKnown) objects.push_back({rfm_Handle(wellKnown), rfm_TypeSpace});
+  std::sort(objects.begin(), objects.end(),
+            [](rfm_SampleDatabase::Object const& a, rfm_SampleDatabase::Object const& b) { return a.m_Handle < b.m_Handle; });
+
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  ASSERT_EQ(2, database.GroupCount());
+  ASSERT_EQ(1u, late.Group());
+  cow_List<rfm_Handle> heads = database.ObjectHandles();
+  ASSERT_EQ(static_cast<int>(objects.size()) + 1, heads.Length());
+  for (std::size_t i = 0; i < objects.size(); ++i) {
+    rfm_Handle head = heads[static_cast<int>(i)];
+    EXPECT_EQ(objects[i].m_Handle.Value(), head.Value()) << i;
+    EXPECT_EQ(objects[i].m_Type, database.HandleType(head)) << head.Value();
+    // Every linkage of the sample's objects holds an extent, but for the
+    // reserved space's, which never grows.
+    int linkages = 0;
+    std::sscanf(database.GetObjStatistics(head).First().CStr(), "Linkage_Count=%d", &linkages);
+    EXPECT_EQ(head.Value() == 2 ? 0 : linkages, database.ExtentCount(head)) << head.Value();
+  }
+  // The last head is the space made empty above, in group 1 too.
+  EXPECT_EQ(late.Value() + 1, heads.Last().Value());
+
+  // The linkages that continue a chain are no object's head, and count no extents of their own.
+  int continuations = 0;
+  for (int group = 0; group < database.GroupCount(); ++group) {
+    for (int slot = 1; slot < rfm_Handle::kSlotsPerGroup; ++slot) {
+      rfm_Handle handle = rfm_Handle::Make(group, slot);
+      if (database.GetObjStatistics(handle).IsEmpty()) continue;
+      bool head = std::any_of(objects.begin(), objects.end(),
+                              [&](rfm_SampleDatabase::Object const& object) { return object.m_Handle == handle; });
+      if (head || handle == heads.Last()) continue;
+      ++continuations;
+      EXPECT_EQ(0, database.ExtentCount(handle)) << handle.Value();
+    }
+  }
+  EXPECT_GT(continuations, rfm_Handle::kSlotsPerGroup / 2);
+  EXPECT_EQ(0, database.ExtentCount(rfm_Handle(0)));
+  EXPECT_EQ(0, database.ExtentCount(rfm_Handle::Make(5, 1)));
 }
 
 // Plain files only: damage written at offsets on disk.
@@ -306,7 +366,7 @@ TEST(DatabasePlainFileTest, WhatNoReaderLooksAtIsAccepted) {
   zqa_WriteFileBytes(name, bytes);
   rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
   EXPECT_EQ("kept", ReadSpace(database, rfm_Handle(4)));
-  EXPECT_EQ(4u, FileRepr(database).ObjectHandles().size()) << "slot 7 holds no object";
+  EXPECT_EQ(4, database.ObjectHandles().Length()) << "slot 7 holds no object";
 }
 
 TEST_P(DatabaseTest, DescriptionCreationTimeAndStatistics) {

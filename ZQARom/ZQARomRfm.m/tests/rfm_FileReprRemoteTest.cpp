@@ -146,6 +146,27 @@ TEST_F(RemoteFileTest, ReadsThroughTheAssistantGiveWhatALocalOpenGives) {
             MessageOf([&] { remote->Read(nullptr, -1); }));
 }
 
+// Without a down-cast: each representation tells what holds its bytes. A
+// URL is a remote file whatever lies behind it.
+TEST_F(RemoteFileTest, EveryFileTellsItsKind) {
+  zqa_TestDir dir;
+  cow_String plain = dir.File("plain.zdb");
+  cow_String compressed = dir.File("compressed.zdb");
+  CreateTestDatabase(plain);
+  CreateTestDatabase(compressed, "APP", false, rfm_TestFileKind::Compressed);
+
+  EXPECT_EQ(rfm_FileKindPlain, rfm_File::Open(dir.File("new.zdb"), utl_FileAccessCreate, false).Kind());
+  EXPECT_EQ(rfm_FileKindCompressed, rfm_File::CreateCompressed(dir.File("new.mdb")).Kind());
+  for (utl_FileAccess access : {utl_FileAccessRead, utl_FileAccessUpdate}) {
+    EXPECT_EQ(rfm_FileKindPlain, rfm_File::Open(plain, access, false).Kind());
+    EXPECT_EQ(rfm_FileKindCompressed, rfm_File::Open(compressed, access, false).Kind());
+  }
+  EXPECT_EQ(rfm_FileKindRemote, rfm_File::Open(UrlOf(plain), utl_FileAccessRead, false).Kind());
+  EXPECT_EQ(rfm_FileKindRemote, rfm_File::Open(UrlOf(compressed), utl_FileAccessRead, false).Kind());
+  EXPECT_EQ(rfm_FileKindRemote, rfm_File::Open(UrlOf(plain), cow_String("key")).Kind());
+  EXPECT_EQ(rfm_FileKindPlain, rfm_File::Open(plain, cow_String("key")).Kind());
+}
+
 TEST_F(RemoteFileTest, AFileOfWholePagesReadsToItsEndAndOneEmptyPageMore) {
   zqa_TestDir dir;
   cow_String name = dir.File("pages.bin");

@@ -3,7 +3,9 @@
 #include "rfm_Exc.h"
 #include "rfm_File.h"
 #include "rfm_FileException.h"
+#include "rfm_FileRepr.h"
 #include "rfm_FileStatus.h"
+#include "rfm_TestBytes.h"
 #include "utl_File.h"
 #include "zqa_TestDir.h"
 
@@ -15,6 +17,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace {
 
@@ -75,6 +78,64 @@ TEST(FileTest, CreateWriteAndReopenInEachMode) {
   rfm_File keyed = rfm_File::Open(name, cow_String("unused-key"));
   EXPECT_TRUE(keyed.ReadOnly());
   EXPECT_EQ(42, keyed->ReadInt());
+}
+
+// What an application writes and reads through the handle alone, as the
+// file holds it: little-endian numbers, fixed strings cut or zero-filled.
+TEST(FileTest, TheHandleMovesTypedValuesAndArraysAsTheFileStoresThem) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("typed.bin");
+  int const ints[2] = {-2, 0x01020304};
+  float const floats[2] = {0.5f, -8.0f};
+  double const doubles[2] = {0.125, -1e300};
+  {
+    rfm_File file = rfm_File::Open(name, utl_FileAccessCreate, false);
+    EXPECT_EQ(rfm_FileKindPlain, file.Kind());
+    file.WriteInt(7);
+    file.WriteFloat(1.5f);
+    file.WriteDouble(-2.25);
+    file.WriteFixedString("abcdef", 4);
+    file.WriteFixedString("x", 3);
+    file.WriteIntArray(ints, 2);
+    file.WriteFloatArray(floats, 2);
+    file.WriteDoubleArray(doubles, 2);
+    file.Write("end", 3);
+    EXPECT_EQ(58, file.Location());
+    file.Flush();
+  }
+  std::string const bytes = zqa_ReadFileBytes(name);
+  ASSERT_EQ(58u, bytes.size());
+  EXPECT_EQ(7, StoredInt(bytes, 0));
+  EXPECT_EQ(std::string("\x00\x00\xC0\x3F", 4), bytes.substr(4, 4));
+  EXPECT_EQ(-2.25, StoredDouble(bytes, 8));
+  EXPECT_EQ(std::string("abcdx\0\0", 7), bytes.substr(16, 7));
+  EXPECT_EQ(std::string("\xFE\xFF\xFF\xFF\x04\x03\x02\x01", 8), bytes.substr(23, 8));
+  EXPECT_EQ(-1e300, StoredDouble(bytes, 47));
+  EXPECT_EQ("end", bytes.substr(55));
+
+  rfm_File file = rfm_File::Open(name, utl_FileAccessRead, false);
+  EXPECT_EQ(58, file.Length());
+  EXPECT_EQ(7, file.ReadInt());
+  EXPECT_EQ(1.5f, file.ReadFloat());
+  EXPECT_EQ(-2.25, file.ReadDouble());
+  EXPECT_EQ(cow_String("abcd"), file.ReadFixedString(4));
+  EXPECT_EQ(std::string("x\0\0", 3), std::string(file.ReadFixedString(3).CStr(), 3));
+  int intsBack[2] = {};
+  float floatsBack[2] = {};
+  double doublesBack[3] = {};
+  EXPECT_EQ(2, file.ReadIntArray(intsBack, 2));
+  EXPECT_EQ(2, file.ReadFloatArray(floatsBack, 2));
+  // Three asked, two whole ones stored before the last three bytes.
+  EXPECT_EQ(2, file.ReadDoubleArray(doublesBack, 3));
+  EXPECT_EQ(58, file.Location());
+  file.Seek(55);
+  EXPECT_EQ(std::vector<int>(ints, ints + 2), std::vector<int>(intsBack, intsBack + 2));
+  EXPECT_EQ(std::vector<float>(floats, floats + 2), std::vector<float>(floatsBack, floatsBack + 2));
+  EXPECT_EQ(std::vector<double>(doubles, doubles + 2), std::vector<double>(doublesBack, doublesBack + 2));
+  char end[4] = {};
+  EXPECT_EQ(3, file.Read(end, 4));
+  EXPECT_EQ("end", std::string(end));
+  EXPECT_EQ("***ERROR: Unexpected End Of File.", TextOf<Message>([&] { file.ReadInt(); }));
 }
 
 TEST(FileTest, UrlsCanOnlyBeOpenedForReading) {

@@ -2,6 +2,8 @@
 #include "nex_PrimException.h"
 #include "rfm_BufferedSpace.h"
 #include "rfm_Database.h"
+#include "rfm_IOBuffer.h"
+#include "rfm_SpaceRepr.h"
 #include "rfm_MemoryIOS.h"
 #include "rfm_StringManager.h"
 #include "rfm_TestBytes.h"

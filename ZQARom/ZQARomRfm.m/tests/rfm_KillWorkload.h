@@ -3,6 +3,7 @@
 
 #include "atr_SubstituteFormat.h"
 #include "rfm_Array.h"
+#include "rfm_Database.h"
 #include "rfm_Table.h"
 
 #include <gtest/gtest.h>

@@ -3,6 +3,7 @@
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_DyingFile.h"
 #include "rfm_FileReprLocal.h"
+#include "rfm_GroupLayout.h"
 #include "rfm_KillWorkload.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
@@ -307,7 +308,7 @@ namespace {
 // the location of the linkage in this slot in half.
 constexpr int kCutSlot = 109;
 constexpr utl_FileOffset kCutLocation =
-    kRfmBlock0Size + rfm_DatabaseReprFile::kLinkageSize * kCutSlot + rfm_DatabaseReprFile::kLinkageLocation;
+    kRfmBlock0Size + kRfmLinkageSize * kCutSlot + kRfmLinkageLocation;
 constexpr utl_FileOffset kCutBoundary = 4096;
 std::string const kCutSlotBytes = "the bytes of the space whose linkage a page boundary cuts";
 

@@ -4,6 +4,7 @@
 #include "atr_String.h"
 #include "nex_PrimException.h"
 #include "rfm_Database.h"
+#include "rfm_FileRepr.h"
 #include "rfm_Space.h"
 
 #include <gtest/gtest.h>

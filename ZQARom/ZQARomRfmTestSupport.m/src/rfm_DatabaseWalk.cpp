@@ -2,7 +2,6 @@
 
 #include "omi_BtreeIterator.h"
 #include "rfm_Array.h"
-#include "rfm_DatabaseReprFile.h"
 #include "rfm_Row.h"
 #include "rfm_Space.h"
 #include "rfm_Table.h"
@@ -69,10 +68,10 @@ std::string Value(cow_String const& value) { return Quoted(value); }
 
 std::string rfm_DatabaseWalk::Walk(cow_String const& name) {
   rfm_File file = rfm_File::Open(name, utl_FileAccessRead, false);
-  if (file->Length() > 0) {
+  if (file.Length() > 0) {
     char last;
-    file->Seek(file->Length() - 1);
-    file->Read(&last, 1);
+    file.Seek(file.Length() - 1);
+    file.Read(&last, 1);
   }
   rfm_DatabaseWalk walk(rfm_Database::Open(file, ""));
   walk.Head(file);
@@ -86,7 +85,9 @@ std::string rfm_DatabaseWalk::WalkStored(cow_String const& name) {
   rfm_DatabaseWalk walk(rfm_Database::Open(file, ""));
   walk.m_FollowHandles = false;
   walk.Head(file);
-  for (rfm_Handle handle : dynamic_cast<rfm_DatabaseReprFile&>(walk.m_Database.Repr()).ObjectHandles()) {
+  cow_List<rfm_Handle> const handles = walk.m_Database.ObjectHandles();
+  for (int index = 0; index < handles.Length(); ++index) {
+    rfm_Handle const handle = handles[index];
     walk.Object(handle);
   }
   walk.LocationReport();

@@ -249,7 +249,7 @@ TEST(ZdbCheckAgreesWithLibraryTest, CheckReportsAProblemExactlyWhenTheLibraryCan
   auto const compressed = [&](std::string const& bytes) {
     std::remove(name.CStr());
     rfm_File file = rfm_File::CreateCompressed(name);
-    if (!bytes.empty()) file->Write(bytes.data(), static_cast<int>(bytes.size()));
+    if (!bytes.empty()) file.Write(bytes.data(), static_cast<int>(bytes.size()));
   };
   EXPECT_EQ(0, Disagreements(packed, compressed, good, name));
 }

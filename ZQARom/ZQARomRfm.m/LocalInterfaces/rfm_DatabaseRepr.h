@@ -19,7 +19,7 @@ class cow_Map;
 // forwards. The objects stored in it are made by rfm_Database, so that each
 // holds a share of the database; its own spaces (the string pool, the
 // catalogue) hold none, or it could never close.
-class ZQA_EXPORT rfm_DatabaseRepr : public mem_AllocationOperators {
+class rfm_DatabaseRepr : public mem_AllocationOperators {
 public:
   virtual ~rfm_DatabaseRepr();
 
@@ -39,6 +39,15 @@ public:
   virtual void ReaderSemaphoreSet() = 0;
   virtual void ReaderSemaphoreClear() = 0;
   virtual cow_List<cow_String> GetObjStatistics(rfm_Handle const& handle) const = 0;
+  // The head handle of every object, in handle order.
+  virtual cow_List<rfm_Handle> ObjectHandles() const = 0;
+  virtual int GroupCount() const = 0;
+  // The extents that hold the object's bytes; 0 for a handle that names no object.
+  virtual int ExtentCount(rfm_Handle const& handle) const = 0;
+  // Where the database ends: past block 0, its last group and the
+  // allocation of every extent in use. A writer's file is exactly this long
+  // after each flush; the bytes beyond belong to no one.
+  virtual utl_FileOffset LogicalEnd() const = 0;
   virtual cow_List<cow_String> GetDBStatistics() const = 0;
   // Which object holds a file offset: a debugging aid for damaged files.
   virtual cow_String GetObjectLocationReport(utl_FileOffset const& offset) const;

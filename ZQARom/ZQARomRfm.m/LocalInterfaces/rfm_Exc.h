@@ -4,9 +4,9 @@
 #include "atr_String.h"
 
 // Raises the message that every write path gives on a read-only database.
-[[noreturn]] ZQA_EXPORT void rfm_IssueWritingToReadOnlyException();
+[[noreturn]] void rfm_IssueWritingToReadOnlyException();
 
 // "text: reason", the reason being the system's text for the current errno.
-ZQA_EXPORT atr_String rfm_ExcSystemText(char const* text);
+atr_String rfm_ExcSystemText(char const* text);
 
 #endif

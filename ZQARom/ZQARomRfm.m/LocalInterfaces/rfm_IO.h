@@ -18,7 +18,7 @@ inline omi_Swapper rfm_FileOrder() { return omi_Swapper(kRfmFileEndType); }
 //
 // Invariant: the swap flag is decided once, at construction, from the
 // file's byte order and the host's.
-class ZQA_EXPORT rfm_IO : public mem_AllocationOperators {
+class rfm_IO : public mem_AllocationOperators {
 public:
   virtual ~rfm_IO();
 

@@ -26,7 +26,7 @@ class rfm_TableRepr;
 //
 // Invariant: m_Bytes holds the table's row size; bitmap words beyond the
 // last position stay clear.
-class ZQA_EXPORT rfm_RowImpl : public mem_AllocationOperators {
+class rfm_RowImpl : public mem_AllocationOperators {
 public:
   rfm_RowImpl(rfm_TableRepr& table, int rowNumber);
 

@@ -7,7 +7,7 @@
 // A space: a growable byte sequence inside a database, named by a handle.
 // Tables, arrays, tagged streams, the string pool and the metadata are all
 // spaces with a format of their own on top.
-class ZQA_EXPORT rfm_SpaceRepr : public rfm_IOS {
+class rfm_SpaceRepr : public rfm_IOS {
 public:
   virtual rfm_Handle Handle() const = 0;
   // Bytes reserved for the space, at least its length.

@@ -6,7 +6,9 @@
 #include "rfm_Database.h"
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_SpaceRepr.h"
+#include "rfm_TaggedStream.h"
 #include "rfm_Type.h"
 
 #include <memory>
@@ -22,7 +24,7 @@
 //   the bytes that remain.
 // - The space outlives the buffer on it, which flushes into it on the way out.
 // - The stream holds a share of its database, which outlives space and buffer.
-class ZQA_EXPORT rfm_TaggedStreamRepr : public mem_AllocationOperators {
+class rfm_TaggedStreamRepr : public mem_AllocationOperators {
 public:
   // The tag types of the items. 5 is not one; 7 has no rfm_Type of its own.
   enum Tag {
@@ -31,9 +33,9 @@ public:
     kTagFloat = rfm_TypeFloat,
     kTagDouble = rfm_TypeDouble,
     kTagString = rfm_TypeString,
-    kTagFixedString = 7,
+    kTagFixedString = rfm_TaggedStream::kFixedStringType,
   };
-  static constexpr int kHeaderSize = 8;
+  static constexpr int kHeaderSize = kRfmTaggedStreamHeaderSize;
 
   // The existing stream at handle; raises the texts of a damaged object or
   // of a handle to something else.

@@ -6,6 +6,7 @@
 #include "rfm_Database.h"
 #include "rfm_Handle.h"
 #include "rfm_IOBuffer.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_Type.h"
 
@@ -24,11 +25,10 @@
 // - The array holds a share of its database, which outlives space and buffer.
 // - The change count on disk moves only at Flush of a writer; a reader's
 //   copy of it moves only at Snap.
-class ZQA_EXPORT rfm_ArrayRepr : public mem_AllocationOperators {
+class rfm_ArrayRepr : public mem_AllocationOperators {
 public:
-  static constexpr int kHeaderSize = 16;
-  // The widest element is 8 bytes: a row of this many of them still fits an int.
-  static constexpr int kMaxFieldsPerRow = 0x7fffffff / 8;
+  static constexpr int kHeaderSize = kRfmArrayHeaderSize;
+  static constexpr int kMaxFieldsPerRow = kRfmArrayMaxFieldsPerRow;
 
   // The existing array at handle; raises the texts of a damaged object or
   // of a handle to something else.

@@ -1,14 +1,13 @@
 #ifndef rfm_OffsetConverter_h
 #define rfm_OffsetConverter_h
 
-#include "ZQABasExport.h"
 #include "omi_Swapper.h"
 #include "utl_FileOffset.h"
 
 // How a file offset or object size is stored: an IEEE double of 8 bytes,
 // exact up to 2^53, swapped as one 64-bit unit when the file's byte order
 // asks for it. Reading adds 0.5 and truncates.
-class ZQA_EXPORT rfm_OffsetConverter {
+class rfm_OffsetConverter {
 public:
   // What a stored value that can be no offset reads as (negative, NaN, or
   // beyond 2^62): every caller treats a negative offset as damage.

@@ -8,7 +8,7 @@ class rfm_StringManager;
 // Typed I/O that can also move strings: a string is stored as its external
 // string, the fixed-size reference that the database's string manager
 // hands out, not as its characters.
-class ZQA_EXPORT rfm_IOS : public rfm_IO {
+class rfm_IOS : public rfm_IO {
 public:
   // The string manager of the database this object belongs to.
   virtual rfm_StringManager* StringManager() const = 0;

@@ -6,7 +6,7 @@
 
 // The service that stores every string of a database once and hands out
 // fixed-size external strings that stand for them in the rest of the file.
-class ZQA_EXPORT rfm_StringManager : public mem_AllocationOperators {
+class rfm_StringManager : public mem_AllocationOperators {
 public:
   virtual ~rfm_StringManager();
   virtual void Flush() = 0;

@@ -18,7 +18,7 @@
 //
 // Invariants: every name maps to one handle; a bound description is owned
 // here and never changes; writes reach the space at Flush.
-class ZQA_EXPORT rfm_DBMetadata : public mem_AllocationOperators {
+class rfm_DBMetadata : public mem_AllocationOperators {
 public:
   // Takes ownership of space.
   explicit rfm_DBMetadata(rfm_SpaceRepr* space);

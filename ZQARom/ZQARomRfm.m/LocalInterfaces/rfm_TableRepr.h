@@ -5,7 +5,9 @@
 #include "omi_Btree.h"
 #include "rfm_Database.h"
 #include "rfm_IOBuffer.h"
+#include "rfm_ObjectLayout.h"
 #include "rfm_Row.h"
+#include "rfm_RowImpl.h"
 #include "rfm_SpaceRepr.h"
 #include "rfm_TableMetadata.h"
 
@@ -33,7 +35,7 @@
 // an application holds (each held row once, whatever its number of copies);
 // the last holder to let go deletes it, and its end writes the rows back.
 // The table holds a share of its database, so the database closes after it.
-class ZQA_EXPORT rfm_TableRepr : public mem_AllocationOperators {
+class rfm_TableRepr : public mem_AllocationOperators {
 public:
   // A new table for a bound description. cacheRows below 0 means 32.
   rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* metadata, int quantum, int cacheRows);
@@ -49,10 +51,6 @@ public:
   static void DropHolder(rfm_TableRepr* table) {
     if (--table->m_Holders == 0) delete table;
   }
-
-  // Bytes a field of type takes in a row, 0 for a type no field can have
-  // (any int is welcome: a checker asks with what a file holds).
-  static int FieldSize(int type, int externalStringSize);
 
   rfm_Row NewRow();
   rfm_Row UpdateRow(int row);
@@ -104,7 +102,7 @@ public:
 private:
   static constexpr int kDefaultCacheRows = 32;
   static constexpr int kFlushCountOffset = 4;
-  static constexpr int kFirstRowOffset = 12;
+  static constexpr int kFirstRowOffset = kRfmTableHeaderSize;
   static constexpr int kHeaderWords = 3;
 
   struct CacheEntry {

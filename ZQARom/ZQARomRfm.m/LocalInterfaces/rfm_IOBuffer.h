@@ -1,9 +1,9 @@
 #ifndef rfm_IOBuffer_h
 #define rfm_IOBuffer_h
 
+#include "rfm_BufferWindow.h"
 #include "rfm_IOS.h"
 
-#include <cstring>
 #include <memory>
 
 // A write-behind and read-ahead buffer over another object, serving one
@@ -16,10 +16,9 @@
 //
 // Invariants:
 // - The buffer's first byte stands for the underlying location m_Start.
-// - Reading: bytes [0, m_Limit) are valid and [0, m_Cursor) consumed.
-//   Writing: bytes [0, m_Cursor) wait to be written and m_Limit is the size.
+// - The window (cursor, limit and mode) keeps its own, see rfm_BufferWindow.
 // - Nothing waits to be written outside write mode.
-class ZQA_EXPORT rfm_IOBuffer : public rfm_IOS {
+class rfm_IOBuffer : public rfm_IOS, private rfm_BufferWindow {
 public:
   static constexpr int kDefaultSize = 2048;
 
@@ -43,21 +42,19 @@ public:
   // the buffer already holds, or has room for, is a copy; the rest goes out
   // of line.
   int ReadBytes(char* buffer, int count) {
-    if (m_Mode == kReading && buffer != nullptr && count >= 0 && count <= m_Limit - m_Cursor) {
-      std::memcpy(buffer, m_Buffer.get() + m_Cursor, static_cast<std::size_t>(count));
-      m_Cursor += count;
-      return count;
-    }
-    return ReadThrough(buffer, count);
+    if (!Fits(kReading, buffer, count)) return ReadThrough(buffer, count);
+    CopyOut(buffer, count);
+    return count;
   }
   int WriteBytes(char const* buffer, int count) {
-    if (m_Mode == kWriting && buffer != nullptr && count >= 0 && count <= m_Limit - m_Cursor) {
-      std::memcpy(m_Buffer.get() + m_Cursor, buffer, static_cast<std::size_t>(count));
-      m_Cursor += count;
-      return count;
-    }
-    return WriteThrough(buffer, count);
+    if (!Fits(kWriting, buffer, count)) return WriteThrough(buffer, count);
+    CopyIn(buffer, count);
+    return count;
   }
+  // For the handles in front of the buffer, whose small transfers the
+  // window serves inline; the transfers it cannot serve come back to
+  // ReadBytes and WriteBytes.
+  rfm_BufferWindow& Window() { return *this; }
   int ReadIntArray(int* values, int count) override;
   int ReadFloatArray(float* values, int count) override;
   int ReadDoubleArray(double* values, int count) override;
@@ -83,8 +80,6 @@ public:
   int Size() const { return m_Size; }
 
 private:
-  enum Mode { kIdle = 0, kReading = 1, kWriting = 2 };
-
   int ReadThrough(char* buffer, int count);
   int WriteThrough(char const* buffer, int count);
   void BufferBeginRead();
@@ -98,13 +93,10 @@ private:
 
   rfm_IOS* m_Underlying;
   int m_Size;
-  int m_Cursor = 0;
-  int m_Limit = 0;
   utl_FileOffset m_Start;
   std::unique_ptr<char[]> m_Buffer;
   char* m_Chunk = nullptr;
   int m_ChunkCount = 0;
-  Mode m_Mode = kIdle;
 };
 
 #endif

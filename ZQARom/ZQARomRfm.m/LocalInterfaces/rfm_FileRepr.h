@@ -1,6 +1,7 @@
 #ifndef rfm_FileRepr_h
 #define rfm_FileRepr_h
 
+#include "rfm_FileKind.h"
 #include "rfm_FileStatus.h"
 #include "rfm_IO.h"
 
@@ -8,9 +9,12 @@
 // layer reads and writes through. It keeps the current location, the
 // logical length (what the layers above asked for) and the physical length
 // (the real size of the file).
-class ZQA_EXPORT rfm_FileRepr : public rfm_IO {
+class rfm_FileRepr : public rfm_IO {
 public:
   ~rfm_FileRepr() override;
+
+  // What holds the bytes: each representation answers for itself.
+  virtual rfm_FileKind Kind() const = 0;
 
   // The logical length.
   utl_FileOffset Length() const override { return m_LogicalFileSize; }
