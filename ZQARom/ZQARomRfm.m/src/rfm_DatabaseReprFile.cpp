@@ -61,6 +61,7 @@ rfm_DatabaseReprFile::~rfm_DatabaseReprFile() {
   m_Metadata = nullptr;
 }
 
+// W7.
 void rfm_DatabaseReprFile::Close() {
   rfm_FileRepr& file = File();
   if (!ReadOnly()) {

@@ -209,9 +209,9 @@ void rfm_LinkageGroups::Check(GroupList& groups, utl_FileOffset stored) const {
   }
 }
 
-// A writer may be killed at any moment of a flush, and there is no journal:
-// whatever the groups on disk say when the writer dies is what the file
-// holds. So the groups are not written whole but piece by piece, in an order
+// W2 and W4. A writer may be killed at any moment of a flush, and there is
+// no journal: whatever the groups on disk say when the writer dies is what
+// the file holds. So the groups are not written whole but piece by piece, in an order
 // in which every state on the way describes a prefix of every object:
 //
 //   1. the slots the file does not use yet (from the first without a
@@ -387,7 +387,7 @@ rfm_Handle rfm_LinkageGroups::NewLinkage() {
     last->m_Linkages[0].m_Next = rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, 0);
     last = fresh;
   }
-  // A write cut by a kill can leave sizes in a slot that is free: a new
+  // W5. A write cut by a kill can leave sizes in a slot that is free: a new
   // linkage starts empty whatever the file held there.
   last->m_Linkages[last->m_Used] = rfm_Linkage();
   return rfm_Handle::Make(static_cast<int>(m_Groups.size()) - 1, last->m_Used++);
