@@ -3,12 +3,13 @@
 
 #include "rfm_SpaceRepr.h"
 
-class rfm_DatabaseReprFile;
+#include "rfm_LinkageGroups.h"
 
 // A space stored in a database file: the concatenation of the used part of
 // each extent of its linkage chain, in chain order. It has no header of its
-// own. The linkages belong to the database, so several representations of
-// one handle may exist, each with its own position.
+// own. The linkages belong to the database's rfm_LinkageGroups, which the
+// space asks for its extents and grows them through, so several
+// representations of one handle may exist, each with its own position.
 //
 // Invariants:
 // - Every extent before the current one is full: its length equals its
@@ -17,18 +18,20 @@ class rfm_DatabaseReprFile;
 // - A space that writes alone at the end of the file grows in place; only
 //   one that another object has overtaken starts a new extent.
 // - A space whose quantum is at least a page starts every extent on a page.
-// - The cached sizes are recomputed when the database's flush count moves,
-//   so a reader's space stays right across Snap.
+// - The cached sizes are recomputed when the linkages' generation moves (at
+//   every flush and every reload), so a reader's space stays right across
+//   Snap.
 class rfm_SpaceReprFile : public rfm_SpaceRepr {
 public:
   static constexpr int kSmallestQuantum = 4;
   // Spaces with a quantum of at least this start each extent at a multiple of it.
-  static constexpr int kPageSize = 4096;
+  static constexpr int kPageSize = rfm_LinkageGroups::kPageSize;
 
-  // A new space; a quantum below 4 means 4.
-  rfm_SpaceReprFile(rfm_DatabaseReprFile& database, int quantum);
+  // A new space among linkages, whose strings go to strings; a quantum below
+  // 4 means 4.
+  rfm_SpaceReprFile(rfm_LinkageGroups& linkages, rfm_StringManager* strings, int quantum);
   // The existing space at handle.
-  rfm_SpaceReprFile(rfm_DatabaseReprFile& database, rfm_Handle const& handle, int quantum);
+  rfm_SpaceReprFile(rfm_LinkageGroups& linkages, rfm_StringManager* strings, rfm_Handle const& handle, int quantum);
 
   bool ReadOnly() const override;
   utl_FileOffset Length() const override;
@@ -47,17 +50,15 @@ public:
 private:
   void ComputeSize() const;
   rfm_Handle LastLinkage() const;
-  // Where a new extent goes: the end of the file, on a page for a space
-  // whose quantum is a page or more.
-  utl_FileOffset StartOfNewExtent();
   [[noreturn]] void RaiseBadSeek(int line, utl_FileOffset offset) const;
 
-  rfm_DatabaseReprFile* m_Database;
+  rfm_LinkageGroups* m_Linkages;
+  rfm_StringManager* m_Strings;
   rfm_Handle m_Head;
   int m_Quantum;
   rfm_Handle m_Current;
   utl_FileOffset m_Offset = 0;  // within the current extent
-  mutable int m_FlushCountSeen;
+  mutable int m_GenerationSeen;
   utl_FileOffset m_Location = 0;
   mutable utl_FileOffset m_Length = 0;
   mutable utl_FileOffset m_Allocation = 0;

@@ -56,6 +56,7 @@ rfm_FileStatus::RfmFileStatus rfm_DBStatusCheckerFile::CheckStatus() {
   try {
     GetFlushCountAndCreationTime(flushCount, creationTime);
   } catch (ZQABasException const&) {
+    // R6: an unreadable file is a status, never an exception.
     return Answer(rfm_FileStatus::kUnreadable);
   }
   if (creationTime != m_CreationTime) return Answer(rfm_FileStatus::kReplaced);

@@ -41,6 +41,7 @@ bool rfm_ReaderSemaphore::ReaderSemaphore(cow_String const& name) {
 
 void rfm_ReaderSemaphore::ReaderSemaphoreSet(cow_String const& name) {
   PauseForTransaction("Before transaction: ");
+  // W6: the marker stands from here until the transaction's clear.
   ::mkdir(MakeSemaphorePath(name).CStr(), kMarkerMode);
 }
 

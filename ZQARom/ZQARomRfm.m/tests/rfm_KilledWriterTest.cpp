@@ -28,9 +28,9 @@
 // A writer process appends rows to tables and elements to arrays, flushing
 // after every step, and dies by SIGKILL. The file must then open with every
 // object holding a prefix of what was written, at least all of the last
-// completed flush, or refuse to open with the transfer error, which a
-// preallocated file may give only when the writer died between growing the
-// file and rewriting its length record.
+// completed flush (W1 to W5), or refuse to open with the transfer error,
+// which a preallocated file may give only when the writer died between
+// growing the file and rewriting its length record (W7).
 
 namespace {
 

@@ -28,9 +28,9 @@ rfm_TableMetadata Samples() {
 }
 
 // A reader process: opens the file before the writer starts, then polls its
-// status, holds off while a transaction runs, snaps when the writer has
-// flushed, and checks that it sees whole batches of whole rows, in step
-// between table and array, until it has seen every batch.
+// status, holds off while a transaction runs (W6, R6), snaps when the writer
+// has flushed (W3, R2), and checks that it sees whole batches of whole rows,
+// in step between table and array, until it has seen every batch.
 void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHandle, zqa_Signal const& ready) {
   rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
   rfm_Table table = database.Table(tableHandle, -1, -1);

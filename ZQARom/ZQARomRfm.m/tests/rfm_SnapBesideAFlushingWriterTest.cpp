@@ -15,8 +15,9 @@
 
 // Readers that snap as fast as they can beside a writer that flushes without
 // pause and without a transaction marker: a reader often reads the groups
-// while a flush rewrites them. It must never be told the file is corrupt,
-// and every row it is shown must be a row the writer wrote.
+// while a flush rewrites them. It must never be told the file is corrupt
+// (R3, R4), and every row it is shown must be a row the writer wrote (W1,
+// W2, R5).
 
 namespace {
 
@@ -163,7 +164,7 @@ TEST(SnapBesideAFlushingWriterTest, AReaderThroughAUrlNeverSeesACorruptFileOrAWr
 }
 
 // Damage is not a moving file: two readings find the same bytes, and the
-// reader is told, at Snap as at Open.
+// reader is told, at Snap as at Open (R4).
 TEST(SnapBesideAFlushingWriterTest, SnapRaisesForDamageThatStays) {
   zqa_TestDir dir;
   cow_String name = dir.File("damaged.zdb");
