@@ -57,6 +57,8 @@ public:
 
 private:
   int ReadFlushCount();
+  // The groups as a reader must read them at Open (R3, R4).
+  void LoadSteadyLinkages();
   // The space at handle, checked to begin with magic; the caller owns it.
   rfm_SpaceRepr* OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText);
   // A new space that begins with magic; the caller owns it.

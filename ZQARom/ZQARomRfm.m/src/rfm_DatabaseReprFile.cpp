@@ -11,8 +11,10 @@
 #include "rfm_SpaceReprFile.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <exception>
+#include <thread>
 
 namespace {
 
@@ -20,10 +22,13 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_DatabaseReprFile";
 
 [[noreturn]] void Raise(int line, atr_String const& text) { nex_ThrowMessage(kSourcePath, line, text); }
 
-// How often a reader reads the groups for one Snap, and for an Open, before
-// it takes them to be moving under a writer's flush.
+// How often a reader reads the groups for one Snap, or for one try of an
+// Open, before it takes them to be moving under a writer's flush; and how
+// often an Open pauses and tries again, each pause twice as long as the last
+// up to 64 milliseconds: some 13 seconds in all.
 constexpr int kSnapReadings = 4;
-constexpr int kOpenReadings = 64;
+constexpr int kOpenPauses = 200;
+constexpr int kLongestOpenPauseMilliseconds = 64;
 
 // The application magic as stored: at most its first four characters.
 cow_String ApplicationMagic(cow_String const& magic) { return magic.Substr(0, kRfmApplicationMagicSize); }
@@ -134,8 +139,8 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
 
   if (!ReadOnly()) {
     m_Linkages.Load();
-  } else if (!m_Linkages.LoadSteady(kOpenReadings)) {
-    RaiseCorrupt(__LINE__);
+  } else {
+    LoadSteadyLinkages();
   }
   // Bytes the file claims beyond the database's end and does not store are
   // no part of it, written by no one: a damaged count in a compressed
@@ -148,6 +153,22 @@ void rfm_DatabaseReprFile::Open(cow_String const& magic) {
                                                      "***ERROR: Metadata table object is not where it belongs."));
   m_Metadata->Load();
   m_Opened = true;
+}
+
+// R4 at Open: a file that moves under every reading is no damage. A reader
+// that cannot wait for the next Snap pauses, which gives a writer that never
+// rests the time to end the flush under way, and reads again; only a file
+// that never holds still for the readings of one try is refused.
+void rfm_DatabaseReprFile::LoadSteadyLinkages() {
+  for (int pause = 0; !m_Linkages.LoadSteady(kSnapReadings); ++pause) {
+    if (pause == kOpenPauses) {
+      Raise(__LINE__, atr_SubstituteFormat(atr_translate("***ERROR: Unable to read %s: it kept changing while it "
+                                                         "was opened, as under a writer that flushes without pause."),
+                                           FileName()));
+    }
+    int const milliseconds = std::min(1 << std::min(pause, 6), kLongestOpenPauseMilliseconds);
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
 }
 
 rfm_SpaceRepr* rfm_DatabaseReprFile::OpenWellKnownSpace(int handle, std::uint32_t magic, char const* misplacedText) {

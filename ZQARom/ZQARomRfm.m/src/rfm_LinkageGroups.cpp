@@ -14,8 +14,10 @@
 #include "rfm_OffsetConverter.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <exception>
+#include <thread>
 
 namespace {
 
@@ -24,6 +26,9 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_LinkageGroups";
 // A linkage location below block 0's end is no extent: it holds the slot for
 // a space that has not grown yet.
 constexpr utl_FileOffset kPlaceholderLocation = 1;
+
+// How long damage that two readings agree on must last before it is raised.
+constexpr int kDamagePauseMilliseconds = 1;
 
 utl_FileOffset RoundUp(utl_FileOffset value, utl_FileOffset quantum) { return (value + quantum - 1) / quantum * quantum; }
 
@@ -80,6 +85,7 @@ void rfm_LinkageGroups::FindReferencedTails() {
 
 bool rfm_LinkageGroups::LoadSteady(int readings) {
   std::string previous;
+  bool paused = false;
   for (int reading = 0; reading < readings; ++reading) {
     std::string bytes;
     utl_FileOffset stored = 0;
@@ -92,9 +98,20 @@ bool rfm_LinkageGroups::LoadSteady(int readings) {
       damage = std::current_exception();
     }
     if (reading > 0 && bytes == previous) {
-      if (damage) std::rethrow_exception(damage);
-      Install(Decode(bytes, stored));
-      return true;
+      try {
+        if (damage) std::rethrow_exception(damage);
+        Install(Decode(bytes, stored));
+        return true;
+      } catch (rfm_FileException const&) {
+        throw;
+      } catch (nex_PrimException<atr_String, 1> const&) {
+        // A writer stalled inside one of its writes can show the same half
+        // of it twice: damage must also outlast a pause to stay.
+        if (paused) throw;
+        paused = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(kDamagePauseMilliseconds));
+        ++readings;
+      }
     }
     previous.swap(bytes);
   }
