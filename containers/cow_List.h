@@ -313,25 +313,6 @@ public:
     ExtendTo(count, [items, kept](T* place, int k) { ::new (static_cast<void*>(place)) T(items[kept + k]); });
   }
 
-  // Views of the structure, for tests and diagnostics.
-  int TableSize() const { return m_TableSize; }
-  int BlockShift() const { return m_BlockShift; }
-  int FirstOffset() const { return m_FirstOffset; }
-  // Number of lists and iterators sharing the table; 0 for a list without one.
-  int ShareCount() const { return m_ShareCount ? *m_ShareCount : 0; }
-  bool IsSlotNull(int slot) const { return BlockAt(slot) == nullptr; }
-  // Number of tables holding the block in slot; 0 for a null slot.
-  int BlockReferences(int slot) const {
-    Block const* block = BlockAt(slot);
-    return block ? block->References() : 0;
-  }
-  // Whether element index of this list and of other live in the same block.
-  bool SharesBlockWith(cow_List const& other, int index) const {
-    CheckIndex(index);
-    other.CheckIndex(index);
-    return BlockOfIndex(index) == other.BlockOfIndex(index);
-  }
-
 private:
   friend class cow_ListIter<T>;
 
@@ -350,11 +331,6 @@ private:
   int PlaceMask() const { return BlockSize() - 1; }
   int EndPosition() const { return m_FirstOffset + m_Length; }
   T* PlaceAt(int position) { return m_Table[position >> m_BlockShift]->Items() + (position & PlaceMask()); }
-  Block const* BlockOfIndex(int index) const { return m_Table[(m_FirstOffset + index) >> m_BlockShift]; }
-  Block const* BlockAt(int slot) const {
-    if (slot < 0 || slot >= m_TableSize) RaiseOutOfRange(slot);
-    return m_Table[slot];
-  }
 
   Places LivePlaces(int slot) const {
     std::int64_t const start = static_cast<std::int64_t>(slot) << m_BlockShift;

@@ -39,7 +39,6 @@ public:
   T& Get(int place) { return Items()[place]; }
   T const& ConstGet(int place) const { return Items()[place]; }
 
-  std::int32_t References() const { return m_References; }
   bool IsShared() const { return m_References > 1; }
   void AddReference() { ++m_References; }
 

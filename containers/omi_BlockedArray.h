@@ -137,10 +137,7 @@ public:
     }
   }
 
-  unsigned int TableQuantum() const noexcept { return m_TableQuantum; }
-  unsigned int TableSize() const noexcept { return m_TableSize; }
   unsigned int CellsPerBlock() const noexcept { return m_CellsPerBlock; }
-  unsigned int BlockShift() const noexcept { return m_BlockShift; }
 
 protected:
   // *block is raw storage for CellsPerBlock() cells: construct each one. The

@@ -19,18 +19,22 @@ protected:
   }
 };
 
-TEST(BlockedArrayTest, GrowsByQuantumMakesBlocksOnDemandAndDumpsThem) {
+TEST(BlockedArrayTest, MakesBlocksOnDemandKeepsCellsAcrossGrowthAndDumpsThem) {
   omi_BlockedArray<unsigned int> streams(4, 10);
-  EXPECT_EQ(streams.TableSize(), 4u);
   EXPECT_EQ(streams.GetCell(5), nullptr);
   streams.SetCell(5, 55);
   EXPECT_EQ(*streams.GetCell(5), 55u);
   EXPECT_EQ(*streams.GetCell(1023), 0u);  // the rest of the block is value-initialised
   EXPECT_EQ(streams.GetCell(1024), nullptr);
-  streams.SetCell(9 * 1024, 9);  // block 9: (9 / 4 + 1) * 4 slots
-  EXPECT_EQ(streams.TableSize(), 12u);
-  streams.Realloc(8);
-  EXPECT_EQ(streams.TableSize(), 12u);
+  streams.SetCell(9 * 1024, 9);  // past the table: it grows
+  EXPECT_EQ(*streams.GetCell(5), 55u);
+  EXPECT_EQ(streams.GetCell(8 * 1024), nullptr);
+  EXPECT_EQ(streams.GetCell(12 * 1024), nullptr);
+  EXPECT_EQ(streams.GetCell(0xffffffffu), nullptr);
+  streams.Realloc(8);  // never shrinks
+  streams.Realloc(40);
+  EXPECT_EQ(*streams.GetCell(9 * 1024), 9u);
+  EXPECT_EQ(streams.GetCell(39 * 1024), nullptr);
   omi_BlockedArray<unsigned int> copy(streams);
   copy.SetCell(5, 56);
   EXPECT_EQ(*streams.GetCell(5), 55u);
@@ -39,10 +43,8 @@ TEST(BlockedArrayTest, GrowsByQuantumMakesBlocksOnDemandAndDumpsThem) {
   EXPECT_EQ(*copy.GetCell(9 * 1024), 9u);
 
   SevenArray sevens;
-  EXPECT_EQ(sevens.TableSize(), 0u);
-  sevens.SetCell(13, 0x0102);  // block 3 of 4 cells; quantum 0 means 128
-  EXPECT_EQ(sevens.TableQuantum(), 128u);
-  EXPECT_EQ(sevens.TableSize(), 128u);
+  EXPECT_EQ(sevens.GetCell(13), nullptr);
+  sevens.SetCell(13, 0x0102);  // block 3 of 4 cells
   testing::internal::CaptureStdout();
   sevens.DumpArray();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "Block indices= 12 - 15\n0700|0201|0700|0700|");

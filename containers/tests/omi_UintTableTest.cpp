@@ -131,24 +131,24 @@ TEST(UintTableTest, InsertReplacesValueAndLastRemovalFreesBlock) {
   EXPECT_TRUE(table.IsEmpty());
 }
 
-TEST(UintTableTest, GeometryFollowsConstructorAndTopArrayGrowsInSteps) {
+TEST(UintTableTest, EveryConstructorHoldsKeysAtBothEndsOfTheRange) {
   omi_UintTable<int> table;
   EXPECT_EQ(table.KeyModulus(), 0xfffffu);
-  EXPECT_EQ(table.TopLength(), 2u);
   table.Insert(0xffffffffu, 1);
   table.Insert(0, 2);
-  EXPECT_EQ(table.TopLength(), 4096u);
   omi_UintTableIterator<int> walk(table);
   EXPECT_EQ(walk.CurrentKey(), 0u);
   walk.Next();
   EXPECT_EQ(walk.CurrentKey(), 0xffffffffu);
   EXPECT_EQ(walk.CurrentValue(), 1);
 
-  omi_UintTable<int> stepped;
-  stepped.Insert(70u << 20, 3);
-  EXPECT_EQ(stepped.TopLength(), 128u);
   omi_UintTable<int> large(1ul);
-  EXPECT_EQ(large.TopLength(), 128u);
+  EXPECT_EQ(large.KeyModulus(), 0xfffffu);
+  large.Insert(70u << 20, 3);
+  large.Insert(0xffffffffu, 4);
+  EXPECT_EQ(large.Get(70u << 20), 3);
+  EXPECT_EQ(large.Get(0xffffffffu), 4);
+  EXPECT_FALSE(large.IsMember(71u << 20));
 
   unsigned int const keys[] = {3, 1, 3};
   int const values[] = {30, 10, 31};
@@ -159,13 +159,16 @@ TEST(UintTableTest, GeometryFollowsConstructorAndTopArrayGrowsInSteps) {
   // 8 high bits, 14 bits of block table, 10 bits of cells.
   omi_UintTable<int> custom(8, 14, 16);
   EXPECT_EQ(custom.KeyModulus(), 0xffffffu);
-  custom.Insert(0x01000005u, 5);
-  EXPECT_EQ(custom.TopShift(), 24u);
-  EXPECT_EQ(custom.FindTableBlock(0x01000005u)->BlockShift(), 10u);
-  EXPECT_EQ(custom.FindTableBlock(0x01000005u)->TableSize(), 16u);
+  for (unsigned int key : {0u, 0x3ffu, 0x400u, 0xffffffu, 0x01000005u, 0xffffffffu}) custom.Insert(key, static_cast<int>(key & 0xffff));
+  EXPECT_EQ(custom.Size(), 6);
+  for (unsigned int key : {0u, 0x3ffu, 0x400u, 0xffffffu, 0x01000005u, 0xffffffffu})
+    EXPECT_EQ(custom.Get(key), static_cast<int>(key & 0xffff)) << key;
+  EXPECT_FALSE(custom.IsMember(0x01000004u));
   custom.Initialize(12, 10, 24);
   EXPECT_TRUE(custom.IsEmpty());
   EXPECT_EQ(custom.KeyModulus(), 0xfffffu);
+  custom.Insert(0xfffffu, 7);
+  EXPECT_EQ(custom.Get(0xfffffu), 7);
 }
 
 TEST(IntTableTest, MatchesStdMapInAscendingSignedOrder) {

@@ -30,9 +30,6 @@ public:
   // Reads both values; raises when the file cannot be opened or is too short.
   void GetFlushCountAndCreationTime(int& flushCount, int& creationTime) const;
 
-  int FlushCountSeen() const { return m_FlushCount; }
-  int CreationTimeSeen() const { return m_CreationTime; }
-
 private:
   rfm_FileStatus::RfmFileStatus Answer(rfm_FileStatus::RfmFileStatus status);
 

@@ -126,20 +126,19 @@ TEST(IOBufferTest, PrepWriteChecksBeforeTouchingTheBuffer) {
   {
     rfm_Database database = CreateTestDatabase(name);
     rfm_Space space = database.Space(-1);
-    rfm_IOBuffer buffer(space.Repr(), 16);
-    buffer.Write("1234", 4);
-    try {
-      buffer.PrepWrite(17, 1);
-      FAIL();
-    } catch (rfm_TestMessage const& e) {
-      EXPECT_STREQ("rfm_IOBuffer::PrepWrite: Quantum is too large for buffer.", e.what());
+    {
+      rfm_IOBuffer buffer(space.Repr(), 16);
+      buffer.Write("1234", 4);
+      try {
+        buffer.PrepWrite(17, 1);
+        FAIL();
+      } catch (rfm_TestMessage const& e) {
+        EXPECT_STREQ("rfm_IOBuffer::PrepWrite: Quantum is too large for buffer.", e.what());
+      }
+      EXPECT_EQ(4, buffer.Location());
+      buffer.Write("5678", 4);
     }
-    EXPECT_EQ(4, buffer.Location());
-    ASSERT_TRUE(buffer.PrepWrite(4, 10));
-    EXPECT_EQ(3, buffer.ChunkCount());
-    EXPECT_EQ(16, buffer.Location());
-    ASSERT_TRUE(buffer.PrepWrite(8, 10));
-    EXPECT_EQ(2, buffer.ChunkCount());
+    EXPECT_EQ("12345678", SpaceBytes(space));
   }
   rfm_Database reader = rfm_Database::Open(rfm_File::Open(name, utl_FileAccessRead, false), "");
   rfm_Space pool = reader.Space(rfm_Handle(1), -1);
