@@ -11,7 +11,7 @@
 // the commands that open a file, with the library's one text naming it.
 // Each run is killed if it outlives its time, so that a blocking open
 // fails the test instead of hanging it.
-TEST(ZdbSpecialFileTest, InfoCheckAndWatchRefuseWhatIsNoRegularFileWithoutBlocking) {
+TEST(ZdbNonRegularFileTest, InfoCheckAndWatchRefuseWhatIsNoRegularFileWithoutBlocking) {
   zqa_TestDir dir;
   std::string const fifo = dir.File("fifo.zdb").CStr();
   ASSERT_EQ(0, ::mkfifo(fifo.c_str(), 0600));
