@@ -47,8 +47,10 @@ void rfm_DatabaseRepr::InsertInMapClassName2ClassVersion(cow_String const& class
 
 rfm_Type rfm_DatabaseRepr::HandleType(rfm_Handle const& handle) {
   std::unique_ptr<rfm_SpaceRepr> space(Space(handle, -1));
-  int words[3] = {};
-  if (space->ReadIntArray(words, 3) < 3) return rfm_TypeSpace;
+  // An object's kind: its magic, a word, and an array's element type.
+  constexpr int kWords = kRfmObjectKindSize / 4;
+  int words[kWords] = {};
+  if (space->ReadIntArray(words, kWords) < kWords) return rfm_TypeSpace;
   switch (static_cast<std::uint32_t>(words[0])) {
     case kRfmTableMagic:
       return rfm_TypeTable;
