@@ -389,9 +389,10 @@ rfm_Linkage const& rfm_LinkageGroups::Linkage(rfm_Handle handle) const {
 }
 
 rfm_Linkage& rfm_LinkageGroups::Changed(rfm_Handle handle) {
-  rfm_Linkage const& link = Linkage(handle);
-  m_Groups[handle.Group()]->m_Dirty = true;
-  return const_cast<rfm_Linkage&>(link);
+  Linkage(handle);  // raises for a handle outside the groups
+  rfm_DatabaseGroup& group = *m_Groups[handle.Group()];
+  group.m_Dirty = true;
+  return group.m_Linkages[handle.Slot()];
 }
 
 rfm_Handle rfm_LinkageGroups::NewLinkage() {
