@@ -1,0 +1,87 @@
+#ifndef rom_HeaderLayout_h
+#define rom_HeaderLayout_h
+
+#include <cstdint>
+
+// The object layer's header, at the database's root object (handle 4), and
+// the catalogue of class tables it leads to. The root's first word tells the
+// header's form:
+//
+//   first word              form            the catalogue
+//   kRfmTaggedStreamMagic   tagged stream   the table whose handle is item kRomTagCatalog
+//   kRfmTableMagic          table           the root is the catalogue itself
+//   kRomVersionSpaceMagic   version space   the table at handle 5
+//
+// A version space holds two ints: offset 0 kRomVersionSpaceMagic, offset 4
+// the header version. A tagged-stream header holds one item per field, in
+// ascending tag order, and leaves out a field that is 0 (the release type:
+// one that is negative); readers skip tags above kRomTagReleaseType.
+//
+//   tag  item type  field
+//     0  handle     the catalogue table
+//     1  int        header version, kRomHeaderVersion when this library writes it
+//     2  int        major version of the writing program
+//     3  int        minor version
+//     4  int        update version
+//     5  int        release type
+//
+// The catalogue holds one row per class that has a table, its fields at
+// fixed indexes (older files may lack Class Version):
+//
+//   index  name            type
+//       0  Class ID        int
+//       1  Class Table     handle
+//       2  Class Name      string
+//       3  Base Class ID   int (kRomNoClass for a root class)
+//       4  Class Version   int
+//
+// A class's table is named after the class; the table of a derived class
+// begins with the int field kRomBaseClassOidName, the row of the object's
+// base class part.
+
+constexpr std::uint32_t kRomVersionSpaceMagic = 0xFFAAEEBB;
+
+enum rom_HeaderTag {
+  kRomTagCatalog = 0,
+  kRomTagVersion = 1,
+  kRomTagMajorVersion = 2,
+  kRomTagMinorVersion = 3,
+  kRomTagUpdateVersion = 4,
+  kRomTagReleaseType = 5,
+};
+
+constexpr int kRomHeaderVersion = 0x332;
+
+constexpr char kRomCatalogName[] = "##Catalog";
+
+enum rom_CatalogField {
+  kRomCatalogClassId = 0,
+  kRomCatalogClassTable = 1,
+  kRomCatalogClassName = 2,
+  kRomCatalogBaseClassId = 3,
+  kRomCatalogClassVersion = 4,
+};
+
+constexpr char kRomCatalogClassIdName[] = "Class ID";
+constexpr char kRomCatalogClassTableName[] = "Class Table";
+constexpr char kRomCatalogClassNameName[] = "Class Name";
+constexpr char kRomCatalogBaseClassIdName[] = "Base Class ID";
+constexpr char kRomCatalogClassVersionName[] = "Class Version";
+
+// The class id that means no class: no base class, or a null reference.
+constexpr unsigned int kRomNoClass = 1;
+
+constexpr char kRomBaseClassOidName[] = "##BaseClassOID";
+
+// The object layer's own classes, which hold anonymous collections.
+constexpr unsigned int kRomInternalListClass = 0x230001;
+constexpr unsigned int kRomInternalMapClass = 0x230002;
+constexpr unsigned int kRomInternalCowClass = 0x230003;
+constexpr unsigned int kRomInternalDblColClass = 0x230004;
+constexpr unsigned int kRomInternalBlobClass = 0x230005;
+
+inline bool rom_IsInternalClass(unsigned int classId) {
+  return classId >= kRomInternalListClass && classId <= kRomInternalBlobClass;
+}
+
+#endif
