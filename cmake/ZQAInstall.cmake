@@ -15,9 +15,10 @@ set(ZQA_INSTALL_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/ZQARomCore)
 file(GLOB zqa_support_folders LIST_DIRECTORIES true ${PROJECT_SOURCE_DIR}/ZQABas/*.m/PublicInterfaces)
 set(zqa_header_folders
   ${PROJECT_SOURCE_DIR}/ZQARom/PublicInterfaces
+  ${PROJECT_SOURCE_DIR}/ZQACls/ZQACls.m/PublicInterfaces
   ${zqa_support_folders}
   ${PROJECT_SOURCE_DIR}/containers)
-file(GLOB zqa_pending ${PROJECT_SOURCE_DIR}/ZQARom/PublicInterfaces/*.h)
+file(GLOB zqa_pending ${PROJECT_SOURCE_DIR}/ZQARom/PublicInterfaces/*.h ${PROJECT_SOURCE_DIR}/ZQACls/ZQACls.m/PublicInterfaces/*.h)
 list(APPEND zqa_pending ${PROJECT_SOURCE_DIR}/containers/omi_BtreeIterator.h ${PROJECT_SOURCE_DIR}/containers/cow_Map.h)
 set(zqa_public_headers "")
 while(zqa_pending)
