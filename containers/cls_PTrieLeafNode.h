@@ -1,0 +1,62 @@
+#ifndef cls_PTrieLeafNode_h
+#define cls_PTrieLeafNode_h
+
+#include "cls_PTrieNode.h"
+
+// The node holding one entry of a cls_PTrie, its key and its value. Keys
+// are compared whole, as words, so a walk that tested only some bits on
+// the way down still finds only the key it looked for.
+template <class K, class V, int N>
+class cls_PTrieLeafNode : public cls_PTrieNode<K, V, N> {
+public:
+  using typename cls_PTrieNode<K, V, N>::Trie;
+  using typename cls_PTrieNode<K, V, N>::Leaf;
+  using typename cls_PTrieNode<K, V, N>::TrieKey;
+  using Node = cls_PTrieNode<K, V, N>;
+
+  cls_PTrieLeafNode(K const& key, V const& value) : m_Key(key), m_Value(value) {}
+
+  K const& Key() const noexcept { return m_Key; }
+  V& Value() noexcept { return m_Value; }
+  V const& Value() const noexcept { return m_Value; }
+
+  Leaf const* Locate(TrieKey const& key) const override { return Holds(key) ? this : nullptr; }
+
+  // An equal key takes the new value here; any other needs a branch at the
+  // highest bit where it differs from this leaf's key.
+  int Insert(Trie& trie, TrieKey const& key, K const&, V const& value) override {
+    int const bit = TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key);
+    if (bit >= 0) return bit;
+    m_Value = value;
+    trie.SetItem(this);
+    return TrieKey::kBits;
+  }
+
+  Node* Remove(Trie& trie, TrieKey const& key) override {
+    if (!Holds(key)) return this;
+    trie.DecSize();
+    return nullptr;
+  }
+
+  // Reached with no current leaf, this leaf is the next; reached with one,
+  // the walk has come down along the current key, so this is the current
+  // leaf and the search goes on in the next branch up.
+  bool Next(TrieKey& cursor, Leaf const*& current) const override {
+    if (current == nullptr) {
+      current = this;
+      cursor = m_Key;
+      return true;
+    }
+    current = nullptr;
+    cursor.Zero();
+    return false;
+  }
+
+private:
+  bool Holds(TrieKey const& key) const { return TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key) < 0; }
+
+  K m_Key;
+  V m_Value;
+};
+
+#endif
