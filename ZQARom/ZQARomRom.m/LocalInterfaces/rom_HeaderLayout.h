@@ -80,6 +80,14 @@ constexpr unsigned int kRomInternalCowClass = 0x230003;
 constexpr unsigned int kRomInternalDblColClass = 0x230004;
 constexpr unsigned int kRomInternalBlobClass = 0x230005;
 
+// Whether a catalogue row records its class's version: catalogues of old
+// files lack the field, and a row whose field holds no data counts as
+// such a row rather than as damage.
+template <class Row, class Field>
+bool rom_CatalogRowHasVersion(Row const& row, Field const& classVersion) {
+  return row.FieldIsPresent(classVersion) && row.DataIsPresent(classVersion);
+}
+
 inline bool rom_IsInternalClass(unsigned int classId) {
   return classId >= kRomInternalListClass && classId <= kRomInternalBlobClass;
 }

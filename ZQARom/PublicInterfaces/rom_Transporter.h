@@ -1,0 +1,133 @@
+#ifndef rom_Transporter_h
+#define rom_Transporter_h
+
+#include "ZQABasExport.h"
+#include "cls_ClassRegistrar.h"
+#include "cls_CollectionType.h"
+#include "cls_PC.h"
+#include "cls_PTrie.h"
+#include "cls_PTrieIter.h"
+#include "cow_CountedHld.h"
+#include "cow_Map.h"
+#include "cow_String.h"
+#include "omi_UintTable.h"
+#include "rfm_Database.h"
+#include "rfm_Table.h"
+#include "rfm_TableMetadata.h"
+#include "rom_ClassBag.h"
+#include "rom_TransporterBase.h"
+
+class rom_PtrBarn;
+class rom_ZDBHeaderParser;
+class rom_WIPInterface;
+class rom_WriteRecord;
+
+// The object layer's object for one open database file: it owns the
+// database, the catalogue of class tables, a class bag for each class it
+// has touched, and the ring of persistent containers registered with it.
+// Everything that moves objects between memory and rows asks it for tables
+// and class metadata; it writes no application data itself.
+//
+// A class gets its table on first use: on the write path a class new to the
+// file gets a table and a catalogue row; on the read path its table must
+// exist. Opening a file opens no class table.
+//
+// Used by one thread at a time. The registrar must outlive the transporter.
+class ZQA_EXPORT rom_Transporter : public rom_TransporterBase {
+public:
+  // A new database in file (see rfm_Database::Create for magic, description
+  // and creation time), with a new header recording releaseType (negative:
+  // this release's).
+  rom_Transporter(cls_ClassRegistrar const& registrar, rfm_File const& file, cow_String const& magic,
+                  cow_String const& description, long creationTime, int releaseType);
+  // An existing database; a releaseType of 0 or more is recorded in its
+  // header, which needs a writable file.
+  rom_Transporter(cls_ClassRegistrar const& registrar, rfm_File const& file, cow_String const& magic,
+                  int releaseType);
+  rom_Transporter(rom_Transporter const&) = delete;
+  rom_Transporter& operator=(rom_Transporter const&) = delete;
+  ~rom_Transporter() override;
+
+  void RegisterPC(cls_PC* container);
+  // Both store the pointer and answer the previous one, so that scopes nest.
+  rom_PtrBarn* SetPtrBarn(rom_PtrBarn* barn);
+  rom_WriteRecord* SetWriteRecord(rom_WriteRecord* record);
+  rom_PtrBarn* PtrBarn() const { return m_PtrBarn; }
+  rom_WriteRecord* WriteRecord() const { return m_WriteRecord; }
+  void SetWIPInterface(rom_WIPInterface* wip) { m_WIP = wip; }
+  rom_WIPInterface* WIPInterface() const { return m_WIP; }
+
+  // Flush pushes the containers' state into their agents, then flushes the
+  // class tables, the catalogue and the database; FlushDatabase only the
+  // catalogue and the database. Both do nothing on a read-only database.
+  void Flush();
+  void FlushDatabase();
+  void FlushPCs();
+  // Takes in what a writer flushed since: 0 when nothing changed (the
+  // tables are left as they were), 1 after refreshing every open table.
+  int Snap();
+
+  // The class's current metadata, or the given version's: the object
+  // layer's internal classes first, then the application's registrar.
+  cls_ClassMetadata const& GetClassMD(unsigned int cid) const;
+  cls_ClassMetadata const& GetClassMD(unsigned int cid, int version) const;
+  // The metadata nearest up the class's chain of base classes that has a
+  // copy-on-write destructor; raises when no class of the chain has one.
+  cls_ClassMetadata const& FindMDWithDtor(unsigned int cid) const;
+  int GetTableSize(unsigned int cid);
+  void FillMapClassName2ClassVersion(int defaultVersion);
+  cow_Map<int, int> const& GetMapClassID2ParentID() const { return m_MapClassID2ParentID; }
+
+  // Class bags: the write path makes the class's table if the file has none,
+  // the read path requires it.
+  rom_ClassBag& GetClassBagForWrite(unsigned int cid);
+  rom_ClassBag& GetClassBagForWrite(unsigned int cid, int version);
+  rom_ClassBag& GetClassBagForRead(unsigned int cid);
+  void SetupTable(cls_ClassMetadata const& md);
+  void SetupTableMetadata(cls_ClassMetadata const& md);
+  rfm_TableMetadata const& GetTableMetadata(unsigned int cid, int version) const;
+  int GetPreviousVersion(unsigned int cid, int version) const;
+  int GetNextVersion(unsigned int cid, int version) const;
+
+  void CheckInheritence(unsigned int derived, unsigned int base);
+  void CheckCollectionType(cls_CollectionType implemented, unsigned int cid, cow_String const& member) const;
+
+  rfm_Database const& Database() const { return m_Database; }
+  cow_String const& FileName() const { return m_FileName; }
+  rfm_Table const& Catalog() const { return m_Catalog; }
+  int MajorVersion() const { return m_MajorVersion; }
+  int MinorVersion() const { return m_MinorVersion; }
+  int UpdateVersion() const { return m_UpdateVersion; }
+  int ReleaseType() const { return m_ReleaseType; }
+
+private:
+  void InitializeInternalTables();
+  void InitNew(int releaseType);
+  void InitExsisting(int releaseType);
+  void TakeHeader(rom_ZDBHeaderParser const& header);
+  rfm_TableMetadata ClassTableMetadata(cls_ClassMetadata const& md, rom_ClassBag* bag, bool assertOnBadType) const;
+  rom_ClassBag* FindBag(unsigned int cid) const;
+  void FlushClassTables();
+
+  cls_ClassRegistrar const* m_Registrar;
+  cls_ClassRegistrar m_InternalRegistrar;
+  // Made before everything below: a failing create or open leaves only the
+  // registrars to unwind.
+  rfm_Database m_Database;
+  cow_String m_FileName;
+  cls_PTrie<unsigned int, cow_CountedHld<rom_ClassBag>, 1> m_ClassBags;
+  rfm_Table m_Catalog;
+  omi_UintTable<rfm_Handle> m_ClassHandles;
+  cow_Map<unsigned int, cow_Map<int, rfm_TableMetadata>> m_TableMetadata;
+  int m_MajorVersion = 0;
+  int m_MinorVersion = 0;
+  int m_UpdateVersion = 0;
+  int m_ReleaseType = -1;
+  cls_PC m_PCRing;
+  cow_Map<int, int> m_MapClassID2ParentID;
+  rom_PtrBarn* m_PtrBarn = nullptr;
+  rom_WriteRecord* m_WriteRecord = nullptr;
+  rom_WIPInterface* m_WIP = nullptr;
+};
+
+#endif
