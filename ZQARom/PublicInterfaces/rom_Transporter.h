@@ -64,7 +64,8 @@ public:
   void FlushDatabase();
   void FlushPCs();
   // Takes in what a writer flushed since: 0 when nothing changed (the
-  // tables are left as they were), 1 after refreshing every open table.
+  // tables are left as they were), 1 after refreshing every open table; a
+  // reader then also knows the classes the writer added.
   int Snap();
 
   // The class's current metadata, or the given version's: the object
@@ -105,6 +106,7 @@ private:
   void InitNew(int releaseType);
   void InitExsisting(int releaseType);
   void TakeHeader(rom_ZDBHeaderParser const& header);
+  void ReadNewCatalogRows();
   rfm_TableMetadata ClassTableMetadata(cls_ClassMetadata const& md, rom_ClassBag* bag, bool assertOnBadType) const;
   rom_ClassBag* FindBag(unsigned int cid) const;
   void FlushClassTables();
@@ -125,6 +127,7 @@ private:
   int m_ReleaseType = -1;
   cls_PC m_PCRing;
   cow_Map<int, int> m_MapClassID2ParentID;
+  int m_CatalogRowsRead = 0;
   rom_PtrBarn* m_PtrBarn = nullptr;
   rom_WriteRecord* m_WriteRecord = nullptr;
   rom_WIPInterface* m_WIP = nullptr;

@@ -94,12 +94,19 @@ void rom_Transporter::InitExsisting(int releaseType) {
   rom_ZDBHeaderParser header(m_Database);
   if (releaseType >= 0) header.RewriteHeader(m_Database, releaseType);
   TakeHeader(header);
+  ReadNewCatalogRows();
+}
+
+// Reads the catalogue's rows not read yet: at opening, every row; after a
+// Snap, the rows of the classes a writer added since. Counted, not taken
+// from the table's position, which any reader of the catalogue moves.
+void rom_Transporter::ReadNewCatalogRows() {
   rfm_FieldHandle const classId(kRomCatalogClassIdName, kRomCatalogClassId);
   rfm_FieldHandle const classTable(kRomCatalogClassTableName, kRomCatalogClassTable);
   rfm_FieldHandle const className(kRomCatalogClassNameName, kRomCatalogClassName);
   rfm_FieldHandle const classVersion(kRomCatalogClassVersionName, kRomCatalogClassVersion);
-  while (m_Catalog.RowExists(-1)) {
-    rfm_Row const row = m_Catalog.ReadRow(-1);
+  for (; m_Catalog.RowExists(m_CatalogRowsRead); ++m_CatalogRowsRead) {
+    rfm_Row const row = m_Catalog.ReadRow(m_CatalogRowsRead);
     m_ClassHandles.Insert(static_cast<unsigned int>(row.ReadFieldInt(classId)), row.ReadFieldHandle(classTable));
     if (rom_CatalogRowHasVersion(row, classVersion))
       m_Database.InsertInMapClassName2ClassVersion(row.ReadFieldString(className), row.ReadFieldInt(classVersion));
@@ -173,6 +180,7 @@ int rom_Transporter::Snap() {
   for (cls_PTrieIter<unsigned int, cow_CountedHld<rom_ClassBag>, 1> it(m_ClassBags); !it.IsDone(); it.Next())
     if (it.CurrentValue().GetRef().HasTable()) it.CurrentValue().GetRef().Table().Snap();
   m_Catalog.Snap();
+  if (m_Database.ReadOnly()) ReadNewCatalogRows();
   return 1;
 }
 
