@@ -10,10 +10,11 @@
 // A branch of a cls_PTrie on one bit: keys with the bit set lie below the
 // set-side child, the others below the clear-side child.
 //
-// Invariants: both children exist and are owned by this node; every key
-// below it agrees with the others on all bits above m_Bit, and each child's
-// bit (if it is internal) is lower than m_Bit. So a walk tests only bits
-// where keys really part, and it tests fewer than 32 * N of them.
+// Invariants: both children exist and are owned by this node (only a node
+// that Remove hands back for deletion has lost them); every key below it
+// agrees with the others on all bits above m_Bit, and each child's bit (if
+// it is internal) is lower than m_Bit. So a walk tests only bits where keys
+// really part, and it tests fewer than 32 * N of them.
 template <class K, class V, int N>
 class cls_PTrieInternalNode : public cls_PTrieNode<K, V, N> {
 public:
