@@ -12,8 +12,7 @@
 
 namespace {
 
-// The bytes of a version space: its magic, then the header version.
-constexpr int kVersionSpaceSize = 8;
+// The root's first word, which tells the header's form.
 constexpr int kWordSize = 4;
 
 }  // namespace
@@ -122,11 +121,11 @@ void zdb_ObjectHeader::ReadStream(rfm_Database const& database) {
 
 void zdb_ObjectHeader::ReadVersionSpace(rfm_Space const& root) {
   try {
-    if (root.Length() < kVersionSpaceSize) {
+    if (root.Length() < kRomVersionSpaceSize) {
       Problem("the version space holds " + std::to_string(root.Length()) + " bytes, too few for a version");
       return;
     }
-    root.Seek(kWordSize);
+    root.Seek(kRomVersionSpaceVersionOffset);
     m_Items[kRomTagVersion] = root.ReadInt();
   } catch (std::exception const& e) {
     Problem(std::string("the version space cannot be read: ") + e.what());
