@@ -12,6 +12,7 @@
 #include "zdb_CheckBytes.h"
 #include "zdb_CheckCatalogue.h"
 #include "zdb_CheckLinkage.h"
+#include "zdb_CheckObjectLayer.h"
 #include "zdb_CheckObjects.h"
 #include "zdb_CheckPool.h"
 #include "zdb_CheckReport.h"
@@ -95,6 +96,13 @@ int Run(std::vector<std::string> const& words) {
     // The checker validates what it reads; this is a failure of its own, such as memory.
     report.Problem(std::string("the check stopped: ") + e.what());
   }
+  // The object layer is read through the library, which reads every object
+  // of a file exactly when the record store's check finds nothing; in a
+  // damaged file its problems would only echo those already found.
+  if (report.Clean()) {
+    std::string objects = zdb_CheckObjectLayer(name, report);
+    if (!objects.empty()) found += "; " + objects;
+  }
   report.Close();
   for (std::string const& line : report.Lines()) std::printf("%s\n", line.c_str());
   std::string summary = found.empty() ? std::string() : " (" + found + ")";
@@ -127,6 +135,15 @@ zdb_Command const zdb_CheckCommand = {
     "finds a problem exactly when the library cannot open the file or one of\n"
     "its objects; what no reader looks at (free linkage slots, a torn last\n"
     "row) is no problem.\n"
+    "\n"
+    "When the record store has no problems and the file is the object layer's\n"
+    "(its table catalogue holds the layout of the class catalogue), it checks\n"
+    "what that layer reads beyond the record store: the object header at the\n"
+    "root (its form, its items' types, a catalogue table with the catalogue's\n"
+    "fields) and every class of the catalogue (one row per class id, a table\n"
+    "named after the class, the base class's row field exactly in a derived\n"
+    "class's table, a base class that the catalogue holds, no circle of base\n"
+    "classes). The summary then names the header's form and the classes.\n"
     "\n"
     "Prints each problem on a line of its own (a problem repeated in every row\n"
     "of one object five times, then counted), then a summary line naming the\n"

@@ -18,6 +18,7 @@ struct zdb_Command {
 extern zdb_Command const zdb_InfoCommand;
 extern zdb_Command const zdb_ObjectsCommand;
 extern zdb_Command const zdb_TablesCommand;
+extern zdb_Command const zdb_ClassesCommand;
 extern zdb_Command const zdb_DumpCommand;
 extern zdb_Command const zdb_LocateCommand;
 extern zdb_Command const zdb_CheckCommand;

@@ -93,3 +93,14 @@ std::string zdb_QuotedText(std::string_view bytes) {
 std::string zdb_DoubleText(double value) { return Shortest(value); }
 
 std::string zdb_FloatText(float value) { return Shortest(value); }
+
+std::string zdb_WithArticle(std::string const& noun) {
+  bool vowel = !noun.empty() && std::string("aeiou").find(noun[0]) != std::string::npos;
+  return (vowel ? "an " : "a ") + noun;
+}
+
+std::string zdb_HexWord(std::uint32_t word) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", word);
+  return text;
+}

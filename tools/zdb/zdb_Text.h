@@ -2,6 +2,7 @@
 #define zdb_Text_h
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -31,5 +32,11 @@ std::string zdb_QuotedText(std::string_view bytes);
 // "1e+300", "nan", "-inf".
 std::string zdb_DoubleText(double value);
 std::string zdb_FloatText(float value);
+
+// A 32-bit word as 0x and eight hexadecimal digits: "0x0000ABCD".
+std::string zdb_HexWord(std::uint32_t word);
+
+// A noun with its indefinite article: "an int", "a double array".
+std::string zdb_WithArticle(std::string const& noun);
 
 #endif

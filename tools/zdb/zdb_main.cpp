@@ -15,8 +15,8 @@
 namespace {
 
 zdb_Command const* const kCommands[] = {
-    &zdb_InfoCommand,  &zdb_ObjectsCommand,  &zdb_TablesCommand,     &zdb_DumpCommand,  &zdb_LocateCommand,
-    &zdb_CheckCommand, &zdb_CompressCommand, &zdb_DecompressCommand, &zdb_WatchCommand,
+    &zdb_InfoCommand,   &zdb_ObjectsCommand, &zdb_TablesCommand,   &zdb_ClassesCommand,    &zdb_DumpCommand,
+    &zdb_LocateCommand, &zdb_CheckCommand,   &zdb_CompressCommand, &zdb_DecompressCommand, &zdb_WatchCommand,
 };
 
 void PrintOverview(std::FILE* out) {

@@ -40,6 +40,9 @@
 // base class part.
 
 constexpr std::uint32_t kRomVersionSpaceMagic = 0xFFAAEEBB;
+// Where a version space holds the header version, and its size.
+constexpr int kRomVersionSpaceVersionOffset = 4;
+constexpr int kRomVersionSpaceSize = 8;
 
 enum rom_HeaderTag {
   kRomTagCatalog = 0,

@@ -14,7 +14,8 @@ TEST(ZdbCommandLineTest, BadUsageExitsWithTwoAndHelpWithZero) {
 
   zdb_Run overview = RunZdb({"--help"});
   EXPECT_EQ(0, overview.m_Status);
-  for (char const* name : {"info", "objects", "tables", "dump", "locate", "check", "compress", "decompress", "watch"}) {
+  for (char const* name :
+       {"info", "objects", "tables", "classes", "dump", "locate", "check", "compress", "decompress", "watch"}) {
     EXPECT_NE(std::string::npos, overview.m_Out.find(std::string("\n  ") + name + " ")) << name;
     zdb_Run help = RunZdb({name, "--help"});
     EXPECT_EQ(0, help.m_Status) << name;
@@ -55,7 +56,7 @@ TEST(ZdbCommandLineTest, AFileThatCannotBeUsedIsNamedOnStandardErrorWithExitStat
   std::string missing = dir.File("missing.zdb").CStr();
   std::string text = dir.File("notes.txt").CStr();
   zqa_WriteFileBytes(text.c_str(), std::string(20000, 'x'));
-  for (char const* command : {"info", "objects", "tables", "dump"}) {
+  for (char const* command : {"info", "objects", "tables", "classes", "dump"}) {
     zdb_Run run = RunZdb({command, missing});
     EXPECT_EQ(1, run.m_Status) << command;
     EXPECT_EQ(std::string("zdb ") + command + ": " + missing + ": *** ERROR: No such file: " + missing + ".\n",
