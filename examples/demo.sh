@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # The demo: writes a small results file through the record store, then
 # looks at it with zdb: what the file is, its tables, a few rows, a check.
-# The file stays in BUILD/demo/beam.zdb for more looks.
+# Then a model file through the object layer, and its catalogue of classes.
+# The files stay in BUILD/demo/ for more looks.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
 zdb=$build/tools/zdb/zdb
 mkdir -p "$build/demo"
 cd "$build/demo"
-rm -f beam.zdb
+rm -f beam.zdb beam.mdb
 
 show() {
   echo
@@ -20,3 +21,7 @@ show info beam.zdb
 show tables beam.zdb
 show dump beam.zdb --table Nodes --rows 0:4
 show check beam.zdb
+
+echo
+"$build/examples/model_file" beam.mdb
+show classes beam.mdb

@@ -12,6 +12,7 @@
 #include "rom_Transporter.h"
 
 #include <cstdio>
+#include <ctime>
 #include <exception>
 
 namespace {
@@ -54,7 +55,7 @@ void Run(char const* path) {
   RegisterModel(registrar);
   {
     rom_Transporter model(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), "MDL",
-                          "Model of a cantilever beam", 0, -1);
+                          "Model of a cantilever beam", static_cast<long>(std::time(nullptr)), -1);
     for (unsigned int classId : kModelClasses) model.GetClassBagForWrite(classId);
     model.Flush();
   }
