@@ -54,8 +54,11 @@ TEST(CowValueTest, SharesTheReferentAndCountOfTheHandlesItComesFromAndGives) {
       cls_CowValue copy(value);
       cls_CowValue assigned;
       assigned = copy;
-      assigned = assigned;
       EXPECT_EQ(4, value.ReferenceCount());
+      cls_CowValue sole{cow_COW<Probe>(new Probe(3))};
+      sole = sole;
+      ASSERT_TRUE(sole.HasValue());
+      EXPECT_EQ(1, sole.ReferenceCount());
     }
     cow_COW<Probe> back = value.As<Probe>();
     EXPECT_TRUE(back.Identical(handle));

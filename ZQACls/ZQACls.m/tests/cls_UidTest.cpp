@@ -46,9 +46,13 @@ TEST(UidTest, CopiesShareAnIdentityThatNewUidReplacesForOneValueOnly) {
   cls_Uid second(first);
   cls_Uid third;
   third = second;
-  third = third;
   EXPECT_EQ(first, third);
   EXPECT_EQ(3, first.CatalogEntry()->References());
+  cls_Uid sole;
+  sole.AllocateUid();
+  sole = sole;
+  ASSERT_FALSE(sole.IsNull());
+  EXPECT_EQ(1, sole.CatalogEntry()->References());
 
   // Through a const reference, as the object layer reaches an object's Uid.
   cls_Uid const& held = second;

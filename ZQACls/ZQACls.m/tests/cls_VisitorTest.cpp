@@ -63,7 +63,11 @@ TEST_F(VisitorTest, RoundTripsAModelStoringEachSharedValueOnce) {
   cow_COW<Hex8> first(new Hex8("A", {nodes[0], nodes[1], nodes[2], nodes[3], nodes[4], nodes[5], nodes[6], nodes[7]}));
   cow_COW<Hex8> second(
       new Hex8("B", {nodes[4], nodes[5], nodes[6], nodes[7], nodes[8], nodes[9], nodes[10], nodes[11]}));
+  // In one pass an identity met twice would be a new object: a shared value
+  // is met once, as the object layer stores it once.
+  m_Db.StartPass();
   WriteRoot(first, second);
+  m_Db.EndPass();
 
   EXPECT_EQ(12, m_Db.RowCount(Node::kClassId));
   EXPECT_EQ(1, m_Db.RowCount(Material::kClassId));
