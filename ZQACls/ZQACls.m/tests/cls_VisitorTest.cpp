@@ -136,6 +136,22 @@ TEST_F(VisitorTest, RewritingAnIdentityOverwritesItsRowAndAPassGivesASecondMeeti
   EXPECT_EQ(2, other.Entries());  // the node and its material
 }
 
+TEST_F(VisitorTest, AnObjectGivenByAddressIsStoredOnceWithinASharedPointerOutput) {
+  Node const node(3, 0, 0, 0, m_Steel);
+  m_Db.StartPass();
+  {
+    cls_WriteVisitor root(m_Db.WriteRoot());
+    root.Memento()->StartSharedPtrOutput();
+    node.DBWrite(cls_WriteVisitor(root, ModelFields::First, nullptr, &node));
+    node.DBWrite(cls_WriteVisitor(root, ModelFields::Second, nullptr, &node));
+    root.Memento()->EndSharedPtrOutput();
+  }
+  m_Db.EndPass();
+  EXPECT_EQ(1, m_Db.RowCount(Node::kClassId));
+  cls_FakeRow const& root = m_Db.Row(cls_FakeDatabase::kRootClass, 0);
+  EXPECT_EQ(std::get<cls_FakeRef>(root.at(1)), std::get<cls_FakeRef>(root.at(2)));
+}
+
 TEST_F(VisitorTest, StartWriteFalseStopsTheWriteAndLeavesANullReference) {
   cow_COW<Marker> marker(new Marker);
   WriteRoot(cow_COW<Hex8>(), cow_COW<Hex8>(), cow_COW<Section>(), marker);
