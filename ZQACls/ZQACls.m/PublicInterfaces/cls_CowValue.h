@@ -32,16 +32,19 @@ class cls_ClassMetadata;
 //
 // Invariant: m_Count is null exactly for an empty value; otherwise it is a
 // count of at least 1 shared with cow_CountedHld, and m_Kind or m_Metadata
-// (one of the two) says how the referent ends.
+// (one of the two) says how the referent ends. Counts are plain integers: a
+// value and the handles it shares with live on one thread.
 class ZQA_EXPORT cls_CowValue {
 public:
   cls_CowValue() noexcept = default;
 
   template <class T, class Policy>
-  explicit cls_CowValue(cow_COW<T, Policy> const& value) : m_Kind(&KindOf<T, Policy>::kKind) {
+  explicit cls_CowValue(cow_COW<T, Policy> const& value) {
     Handle<T, Policy> share(value);
     m_Referent = share.GetPtr();
     m_Count = share.TakeShare();
+    // A handle that dropped its reference has no count: the value is empty.
+    if (m_Count != nullptr) m_Kind = &KindOf<T, Policy>::kKind;
   }
 
   // Adopts object, a new object that metadata's Ctor built (null for none).
