@@ -1,0 +1,70 @@
+#ifndef cls_MementoRead_h
+#define cls_MementoRead_h
+
+#include "ZQABasExport.h"
+
+class cls_CowValue;
+class cls_FieldHandle;
+class cls_Uid;
+class cow_String;
+
+// One row being read: what a cls_ReadVisitor pulls an object's members out
+// of. The object layer implements it on its tables; the framework knows only
+// this interface.
+//
+// Read(field, T const&) answers the field's value; the second argument only
+// chooses the type. The Make... operations answer the memento of another row
+// (an object member, the base class part), or null for a null reference or
+// a class without a table. Whoever receives a memento deletes it when
+// NeedsDeletion() says so; the visitors do.
+//
+// The operations for collections join this interface with the collections
+// themselves.
+class ZQA_EXPORT cls_MementoRead {
+public:
+  cls_MementoRead(cls_MementoRead const&) = delete;
+  cls_MementoRead& operator=(cls_MementoRead const&) = delete;
+  virtual ~cls_MementoRead();
+
+  // Whether the visitor that receives this memento owns it.
+  bool NeedsDeletion() const { return m_Ownership == kOwnedByVisitor; }
+
+  // Identifies the database the row is in.
+  virtual void const* DbId() const = 0;
+  // The identity of the object on this row.
+  virtual cls_Uid const& GetUid() const = 0;
+  // Whether the row's table has the field, and whether the row holds data in
+  // it; a reference is present when both of its columns hold data.
+  virtual bool FieldIsPresent(cls_FieldHandle const& field) const = 0;
+  virtual bool DataIsPresent(cls_FieldHandle const& field) const = 0;
+  virtual bool ObjIsPresent(cls_FieldHandle const& field) const = 0;
+  virtual cls_MementoRead* MakeReadObj(cls_FieldHandle const& field) = 0;
+  virtual cls_MementoRead* MakeBaseReadObj() = 0;
+
+  virtual bool Read(cls_FieldHandle const& field, bool const& type) = 0;
+  virtual char Read(cls_FieldHandle const& field, char const& type) = 0;
+  virtual unsigned char Read(cls_FieldHandle const& field, unsigned char const& type) = 0;
+  virtual short Read(cls_FieldHandle const& field, short const& type) = 0;
+  virtual unsigned short Read(cls_FieldHandle const& field, unsigned short const& type) = 0;
+  virtual int Read(cls_FieldHandle const& field, int const& type) = 0;
+  virtual unsigned int Read(cls_FieldHandle const& field, unsigned int const& type) = 0;
+  virtual float Read(cls_FieldHandle const& field, float const& type) = 0;
+  virtual double Read(cls_FieldHandle const& field, double const& type) = 0;
+  virtual cow_String Read(cls_FieldHandle const& field, cow_String const& type) = 0;
+  virtual int ReadEnumAsInt(cls_FieldHandle const& field) = 0;
+
+  // The object that field refers to, built (or found) as the class stored in
+  // the row, which is cid or derives from it: a new object the caller owns
+  // (null for a null reference), or a shared value (empty for a null one).
+  virtual void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) = 0;
+  virtual cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) = 0;
+
+protected:
+  enum Ownership { kOwnedByVisitor, kOwnedByCreator };
+  explicit cls_MementoRead(Ownership ownership) : m_Ownership(ownership) {}
+
+private:
+  Ownership m_Ownership;
+};
+
+#endif

@@ -1,0 +1,77 @@
+#ifndef cls_MementoWrite_h
+#define cls_MementoWrite_h
+
+#include "ZQABasExport.h"
+#include "cls_CollectionType.h"
+#include "cow_String.h"
+
+class cls_ClassRegistrar;
+class cls_CowValue;
+class cls_FieldHandle;
+class cls_Uid;
+
+// One row being written: what a cls_WriteVisitor pours an object's members
+// into. The object layer implements it on its tables; the framework knows
+// only this interface.
+//
+// The Make... operations answer the memento of another row (an object
+// member, the base class part), or null when nothing is to be written there:
+// the object is stored already, or its class has no table. Whoever receives
+// a memento deletes it when NeedsDeletion() says so; the visitors do.
+//
+// The operations for collections (lists, maps, blobs, their agents) join
+// this interface with the collections themselves.
+class ZQA_EXPORT cls_MementoWrite {
+public:
+  cls_MementoWrite(cls_MementoWrite const&) = delete;
+  cls_MementoWrite& operator=(cls_MementoWrite const&) = delete;
+  virtual ~cls_MementoWrite();
+
+  // Whether the visitor that receives this memento owns it.
+  bool NeedsDeletion() const { return m_Ownership == kOwnedByVisitor; }
+
+  // The classes whose metadata writes the members that are objects
+  // (cls_WriteVisitor::WriteObj).
+  virtual cls_ClassRegistrar const& Registrar() const = 0;
+
+  virtual bool FieldIsPresent(cls_FieldHandle const& field) const = 0;
+  // The row of an object held by pointer in field; ptr identifies it within
+  // a shared-pointer output.
+  virtual cls_MementoWrite* MakeWriteObjWithPtr(cls_FieldHandle const& field, unsigned int cid, cls_Uid const& uid,
+                                                void const* ptr) = 0;
+  // The row of an object in field; a copy-on-write value, when given, lets
+  // the object layer store a shared value once.
+  virtual cls_MementoWrite* MakeWriteObj(cls_FieldHandle const& field, unsigned int cid, cls_Uid const& uid,
+                                         cls_CowValue const* cow) = 0;
+  // The row of this object's base class part.
+  virtual cls_MementoWrite* MakeBaseWriteObj(unsigned int cid, cls_Uid const& uid) = 0;
+  virtual void WriteNullObj(cls_FieldHandle const& field) = 0;
+
+  virtual void Write(cls_FieldHandle const& field, bool const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, char const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, unsigned char const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, short const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, unsigned short const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, int const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, unsigned int const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, float const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, double const& value) = 0;
+  virtual void Write(cls_FieldHandle const& field, cow_String const& value) = 0;
+  virtual void WriteEnumAsInt(cls_FieldHandle const& field, int const& value) = 0;
+
+  // Raises when the collection that implements member is not the one its
+  // class declares.
+  virtual void CheckCollectionType(cls_CollectionType implemented, cow_String const& member) const = 0;
+  // Between these two, objects held by pointer are stored once each.
+  virtual void StartSharedPtrOutput() = 0;
+  virtual void EndSharedPtrOutput() = 0;
+
+protected:
+  enum Ownership { kOwnedByVisitor, kOwnedByCreator };
+  explicit cls_MementoWrite(Ownership ownership) : m_Ownership(ownership) {}
+
+private:
+  Ownership m_Ownership;
+};
+
+#endif

@@ -1,0 +1,3 @@
+#include "cls_MementoRead.h"
+
+cls_MementoRead::~cls_MementoRead() = default;

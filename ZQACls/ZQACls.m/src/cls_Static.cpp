@@ -1,0 +1,3 @@
+#include "cls_Static.h"
+
+cls_Static::~cls_Static() = default;
