@@ -9,7 +9,8 @@ BUILD ?= $(if $(filter ON,$(ASAN)),build-asan,build)
 JOBS ?= $(shell nproc)
 PREFIX ?= $(CURDIR)/out/install
 FUZZ_SECONDS ?= 180
-FUZZ_TARGETS ?= rfm_FuzzPlainDatabase rfm_FuzzCompressedDatabase rfm_FuzzTaggedStream zdb_FuzzCheckAgrees
+FUZZ_TARGETS ?= rfm_FuzzPlainDatabase rfm_FuzzCompressedDatabase rfm_FuzzTaggedStream zdb_FuzzCheckAgrees \
+  rom_FuzzTransporterFile
 
 .PHONY: all demo test deps configure build bench fuzz install clean
 

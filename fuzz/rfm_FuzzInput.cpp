@@ -17,7 +17,7 @@ namespace {
 std::string g_Directory;
 
 void RemoveDirectory() {
-  for (char const* name : {"plain.zdb", "compressed.zdb", "stream.zdb"}) {
+  for (char const* name : {"plain.zdb", "compressed.zdb", "stream.zdb", "transporter.zdb"}) {
     std::remove((g_Directory + "/" + name).c_str());
   }
   ::rmdir(g_Directory.c_str());

@@ -2,7 +2,8 @@
 // argument: one subfolder per target, named after it, holding the sample
 // database (plain, or compressed in the usual 64 KiB segments and in
 // 4 KiB ones that spread it over many streams) and a small database, or
-// the sample's tagged stream.
+// the sample's tagged stream, or the sample transporter file and one whose
+// catalogue is empty.
 
 #include "rfm_CodecZip.h"
 #include "rfm_Database.h"
@@ -11,6 +12,9 @@
 #include "rfm_SampleDatabase.h"
 #include "rfm_Space.h"
 #include "rfm_Table.h"
+#include "rom_SampleTransporterFile.h"
+#include "rom_TestClasses.h"
+#include "rom_Transporter.h"
 
 #include <cstdio>
 #include <fstream>
@@ -88,6 +92,18 @@ int main(int argc, char** argv) {
     sample.Read(bytes.data(), static_cast<int>(bytes.size()));
     Seed(corpus + "/rfm_FuzzTaggedStream", "sample", bytes);
   }
+
+  std::remove(scratch.CStr());
+  cls_ClassRegistrar registrar;
+  rom_TestClasses::Register(registrar);
+  rom_SampleTransporterFile::Write(registrar, rfm_File::Open(scratch, utl_FileAccessCreate, false));
+  Seed(corpus + "/rom_FuzzTransporterFile", "sample", ReadFile(scratch));
+  std::remove(scratch.CStr());
+  {
+    rom_Transporter const empty(registrar, rfm_File::Open(scratch, utl_FileAccessCreate, false),
+                                rom_SampleTransporterFile::kMagic, "empty", 1, -1);
+  }
+  Seed(corpus + "/rom_FuzzTransporterFile", "empty", ReadFile(scratch));
   std::remove(scratch.CStr());
   return 0;
 }

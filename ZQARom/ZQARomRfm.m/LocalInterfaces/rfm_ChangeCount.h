@@ -19,4 +19,10 @@ int rfm_FlushChangeCount(rfm_IOBuffer& buffer, int& count);
 // ahead, goes back and answers the new count. A writer answers 0.
 int rfm_SnapChangeCount(rfm_IOBuffer& buffer, int databaseFlushCount, int& flushCountSeen, int& count);
 
+// The count that follows count, for change counts and for the flush counts
+// of tables and of the database alike. A count comes from the file and may
+// hold any value: after the largest int comes the smallest, which serves as
+// well, since readers only ask whether a count moved.
+inline int rfm_NextCount(int count) { return static_cast<int>(static_cast<unsigned int>(count) + 1u); }
+
 #endif

@@ -10,16 +10,21 @@
 //       catalogue records) reach the file before any linkage on disk admits
 //       them: objects write their buffers before the database flushes, and
 //       the database writes the pool and the catalogue before its groups.
-//   W2  A flush writes its groups piece by piece (DumpGroupList), in an
-//       order in which every prefix of its writes leaves groups that describe
-//       a prefix of every object: fresh slots; changed locations; the
-//       pool's growth, then its links; the catalogue's growth, then its
-//       links; every other growth; every other link.
+//   W2  A flush writes its groups piece by piece (rfm_LinkageGroups::Write),
+//       in an order in which every prefix of its writes leaves groups that
+//       describe a prefix of every object: fresh slots without their links,
+//       then those links; changed locations; the pool's growth, then its
+//       links; the catalogue's growth, then its links; every other growth;
+//       every other link. A link is written with the growth of the extent
+//       it continues, so that an object grows from one flush's end to the
+//       next at once.
 //   W3  The flush count at offset 512 is the last write of a flush: a count
 //       that a reader sees vouches for every group and byte of that flush.
 //   W4  A new group lies 1024 bytes past a 4096-byte boundary, as group 0
 //       does, so a write cut at a page boundary by a kill leaves no length
-//       above its allocation, no half location and no half link.
+//       above its allocation, no half location and no half link; a cut
+//       inside slot 109 may leave its growth without its link, a shorter
+//       prefix.
 //   W5  A linkage taken for a new object starts empty, whatever a killed
 //       writer left in the free slot.
 //   W6  Around a transaction the writer holds the marker directory (the

@@ -12,10 +12,11 @@ int rfm_FlushChangeCount(rfm_IOBuffer& buffer, int& count) {
   // Raised only once written: a flush that fails is done again with the
   // same count.
   buffer.Seek(kChangeCountPosition);
-  buffer.WriteInt(count + 1);
+  buffer.WriteInt(rfm_NextCount(count));
   buffer.Flush();
   buffer.Seek(location);
-  return ++count;
+  count = rfm_NextCount(count);
+  return count;
 }
 
 int rfm_SnapChangeCount(rfm_IOBuffer& buffer, int databaseFlushCount, int& flushCountSeen, int& count) {

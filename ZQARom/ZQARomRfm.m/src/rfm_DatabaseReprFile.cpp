@@ -4,6 +4,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "rfm_Block0.h"
+#include "rfm_ChangeCount.h"
 #include "rfm_DBMetadata.h"
 #include "rfm_DestructorFlush.h"
 #include "rfm_GroupLayout.h"
@@ -224,7 +225,8 @@ void rfm_DatabaseReprFile::Flush() {
   if (ReadOnly()) return;
   m_Linkages.Write();
   File().Seek(kRfmFlushCountOffset);
-  File().WriteInt(++m_FlushCount);
+  m_FlushCount = rfm_NextCount(m_FlushCount);
+  File().WriteInt(m_FlushCount);
   File().Flush();
 }
 

@@ -232,13 +232,20 @@ void rfm_LinkageGroups::Check(GroupList& groups, utl_FileOffset stored) const {
 // in which every state on the way describes a prefix of every object:
 //
 //   1. the slots the file does not use yet (from the first without a
-//      location on): nothing on disk leads to them;
-//   2. changed locations: extents given to placeholders, whose lengths on
+//      location on): nothing on disk leads to them. They go without their
+//      links, so that a cut in this write leaves none of them continuing in
+//      a slot that the cut left without its location, which is free;
+//   2. the links between those slots, whose linkages are written by now;
+//      changed locations: extents given to placeholders, whose lengths on
 //      disk are still 0, and links to new groups, which are written by now;
 //   3. the string pool's growth and then its link to a new extent, then the
 //      catalogue's: rows and tables refer to their records;
 //   4. the growth of every other object, over data written before the flush;
-//   5. every other link to a new extent, whose linkage is written by now.
+//   5. every other link to a new extent, whose linkage is written by now,
+//      together with the growth of the extent it continues. Written apart,
+//      a kill between the two would leave the object ending where that
+//      extent ends, which for a table may be inside a row, and the last row
+//      of a table counts from half its bytes on.
 //
 // Each piece is one write. A kill can still cut a write, but only at a page
 // boundary. A group lies 1024 bytes past one, as group 0 does, so the
@@ -246,18 +253,22 @@ void rfm_LinkageGroups::Check(GroupList& groups, utl_FileOffset stored) const {
 // and length, and inside slot 109's location. A location changes only from
 // the placeholder, and one cut there keeps the placeholder's high half: 1.0
 // with new low bits still reads as 1. So no cut write leaves a length above
-// its allocation, a location that is neither old nor new, or half a link.
+// its allocation, a location that is neither old nor new, or half a link;
+// only slot 109's growth may arrive without its link, a shorter prefix.
 void rfm_LinkageGroups::Write() {
-  // Pieces are written by rank: fresh slots, locations, then for the pool,
-  // the catalogue and everything else in turn, sizes and then the next.
+  // Pieces are written by rank: fresh slots, their links and locations,
+  // then for the pool, the catalogue and everything else in turn, sizes and
+  // then the next.
   constexpr int kFreshSlots = 0;
   constexpr int kLocations = 1;
+  constexpr int kFreshLinks = kLocations;
   auto sizesRank = [](int owner) { return 2 + 2 * owner; };
   struct Piece {
     int rank;
     std::size_t group;
     int begin;  // bytes within the group
     int end;
+    bool withoutLinks;  // the next of each linkage written as null
   };
   std::vector<Piece> pieces;
   omi_Swapper order = rfm_FileOrder();
@@ -276,8 +287,15 @@ void rfm_LinkageGroups::Write() {
       ++used;
     }
     // A group the file does not hold whole yet is written to its end.
-    int freshEnd = got < kRfmGroupSize ? kRfmGroupSize : group.m_Used * kRfmLinkageSize;
-    pieces.push_back({kFreshSlots, index, used * kRfmLinkageSize, std::max(freshEnd, used * kRfmLinkageSize)});
+    int freshEnd = std::max(got < kRfmGroupSize ? kRfmGroupSize : group.m_Used * kRfmLinkageSize,
+                            used * kRfmLinkageSize);
+    pieces.push_back({kFreshSlots, index, used * kRfmLinkageSize, freshEnd, true});
+    for (int slot = used; slot < group.m_Used; ++slot) {
+      int const at = slot * kRfmLinkageSize;
+      if (!group.m_Linkages[slot].m_Next.IsNull()) {
+        pieces.push_back({kFreshLinks, index, at + kRfmLinkageNext, at + kRfmLinkageSize, false});
+      }
+    }
     for (int slot = 0; slot < used; ++slot) {
       char now[kRfmLinkageSize];
       Encode(group.m_Linkages[slot], now);
@@ -287,13 +305,12 @@ void rfm_LinkageGroups::Write() {
       };
       int owner = ReferencedObject(rfm_Handle::Make(static_cast<int>(index), slot));
       if (changed(kRfmLinkageLocation, kRfmLinkageNext)) {
-        pieces.push_back({kLocations, index, at + kRfmLinkageLocation, at + kRfmLinkageNext});
-      }
-      if (changed(kRfmLinkageAllocation, kRfmLinkageLocation)) {
-        pieces.push_back({sizesRank(owner), index, at + kRfmLinkageAllocation, at + kRfmLinkageLocation});
+        pieces.push_back({kLocations, index, at + kRfmLinkageLocation, at + kRfmLinkageNext, false});
       }
       if (changed(kRfmLinkageNext, kRfmLinkageSize)) {
-        pieces.push_back({sizesRank(owner) + 1, index, at + kRfmLinkageNext, at + kRfmLinkageSize});
+        pieces.push_back({sizesRank(owner) + 1, index, at + kRfmLinkageAllocation, at + kRfmLinkageSize, false});
+      } else if (changed(kRfmLinkageAllocation, kRfmLinkageLocation)) {
+        pieces.push_back({sizesRank(owner), index, at + kRfmLinkageAllocation, at + kRfmLinkageLocation, false});
       }
     }
   }
@@ -302,7 +319,9 @@ void rfm_LinkageGroups::Write() {
     if (piece.begin == piece.end) continue;
     rfm_DatabaseGroup const& group = *m_Groups[piece.group];
     for (int slot = piece.begin / kRfmLinkageSize; slot <= (piece.end - 1) / kRfmLinkageSize; ++slot) {
-      Encode(group.m_Linkages[slot], m_Scratch.get() + slot * kRfmLinkageSize);
+      char* const bytes = m_Scratch.get() + slot * kRfmLinkageSize;
+      Encode(group.m_Linkages[slot], bytes);
+      if (piece.withoutLinks) std::memset(bytes + kRfmLinkageNext, 0, kRfmLinkageSize - kRfmLinkageNext);
     }
     m_File.Seek(group.m_Offset + piece.begin);
     m_File.Write(m_Scratch.get() + piece.begin, piece.end - piece.begin);

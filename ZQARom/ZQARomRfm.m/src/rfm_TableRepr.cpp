@@ -4,6 +4,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "omi_BtreeIterator.h"
+#include "rfm_ChangeCount.h"
 #include "rfm_DatabaseRepr.h"
 #include "rfm_DestructorFlush.h"
 #include "rfm_ObjectMagic.h"
@@ -293,10 +294,11 @@ int rfm_TableRepr::Flush() {
   // write arrived: a flush that fails (a full disk) is done again whole.
   FlushOrCull(false);
   m_Buffer.Seek(kFlushCountOffset);
-  m_Buffer.WriteInt(m_TableFlushCount + 1);
+  m_Buffer.WriteInt(rfm_NextCount(m_TableFlushCount));
   m_Buffer.Flush();
   m_Dirty = false;
-  return ++m_TableFlushCount;
+  m_TableFlushCount = rfm_NextCount(m_TableFlushCount);
+  return m_TableFlushCount;
 }
 
 int rfm_TableRepr::Snap() {

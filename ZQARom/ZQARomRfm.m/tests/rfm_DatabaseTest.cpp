@@ -4,7 +4,11 @@
 #include "rfm_DatabaseReprFile.h"
 #include "rfm_GroupLayout.h"
 #include "rfm_ReaderSemaphoreProxy.h"
+#include "rfm_Space.h"
+#include "rfm_Array.h"
 #include "rfm_SampleDatabase.h"
+#include "rfm_Table.h"
+#include "rfm_TaggedStream.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
 #include "zqa_TestDir.h"
@@ -12,6 +16,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -117,6 +122,63 @@ TEST(DatabasePlainFileTest, FlushCountVouchesForEachFlushAndClosingTrimsThePreal
   // A reader leaves block 0 as it found it.
   { OpenTestDatabase(name, utl_FileAccessRead); }
   EXPECT_EQ(bytes, zqa_ReadFileBytes(name));
+}
+
+// A count read from a file may hold any value, the largest int too: the
+// flush after it writes the smallest, as a count that moved.
+TEST(DatabasePlainFileTest, CountsAtTheLargestIntGoRoundToTheSmallestAtTheNextFlush) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("counts.zdb");
+  int handles[3];
+  {
+    rfm_Database database = CreateTestDatabase(name);
+    rfm_TableMetadata definition("Counted", 1);
+    definition.DefineIntField("Value");
+    rfm_Table table = database.Table(definition, -1, -1);
+    table.NewRow().WriteFieldInt(rfm_FieldHandle("Value", -1), 1);
+    rfm_TaggedStream stream = database.TaggedStream(0);
+    stream.WriteInt(1, 1);
+    auto array = database.ArrayInt(1, -1, 0);
+    int const one = 1;
+    array.Write(&one, 1);
+    handles[0] = table.Handle().Value();
+    handles[1] = stream.Handle().Value();
+    handles[2] = array.Handle().Value();
+  }
+  // Each object's count is its second word; the database's lies in block 0.
+  constexpr int kObjectCount = 4;
+  constexpr std::size_t kFlushCount = 512;
+  {
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate);
+    for (int handle : handles) {
+      rfm_Space space = database.Space(rfm_Handle(handle), -1);
+      space.Seek(kObjectCount);
+      space.WriteInt(INT_MAX);
+    }
+  }
+  std::string bytes = zqa_ReadFileBytes(name);
+  PutStoredInt(bytes, kFlushCount, INT_MAX);
+  zqa_WriteFileBytes(name, bytes);
+  {
+    rfm_Database database = OpenTestDatabase(name, utl_FileAccessUpdate);
+    rfm_Table table = database.Table(rfm_Handle(handles[0]), -1, -1);
+    table.NewRow().WriteFieldInt(rfm_FieldHandle("Value", -1), 2);
+    EXPECT_EQ(INT_MIN, table.Flush());
+    rfm_TaggedStream stream = database.TaggedStream(rfm_Handle(handles[1]), 0);
+    EXPECT_EQ(INT_MIN, stream.Flush());
+    auto array = database.ArrayInt(rfm_Handle(handles[2]), -1, 0);
+    EXPECT_EQ(INT_MIN, array.Flush());
+    database.Flush();
+    EXPECT_EQ(INT_MIN, database.GetFlushCount());
+  }
+  // Closing flushes the database once more.
+  EXPECT_EQ(INT_MIN + 1, StoredInt(zqa_ReadFileBytes(name), kFlushCount));
+  rfm_Database database = OpenTestDatabase(name, utl_FileAccessRead);
+  for (int handle : handles) {
+    rfm_Space space = database.Space(rfm_Handle(handle), -1);
+    space.Seek(kObjectCount);
+    EXPECT_EQ(INT_MIN, space.ReadInt()) << "object " << handle;
+  }
 }
 
 TEST_P(DatabaseTest, FiveHundredTwelfthObjectOpensGroupOneAndHandlesAreChecked) {

@@ -116,11 +116,11 @@ std::string FirstDifference(std::string const& expected, std::string const& got)
 }
 
 // Walks the file at name and reports how it ended.
-void WalkOne(cow_String const& name, std::string const& expected) {
+void WalkOne(cow_String const& name, std::string const& expected, DamageWalk const& walker) {
   Outcome outcome;
   std::string message;
   try {
-    std::string walk = rfm_DatabaseWalk::Walk(name);
+    std::string walk = walker ? walker(name) : rfm_DatabaseWalk::Walk(name);
     outcome = walk == expected ? kCorrect : kDiffers;
     if (outcome == kDiffers) message = FirstDifference(expected, walk);
   } catch (nex_PrimException<atr_String, 1> const& e) {
@@ -149,7 +149,7 @@ void WalkOne(cow_String const& name, std::string const& expected) {
 // the damaged file at name; adds the results to results.
 void RunInChild(std::vector<DamageCase> const& cases, std::size_t first,
                 std::function<void(DamageCase const&)> const& write, cow_String const& name,
-                std::string const& expected, std::vector<DamageResult>& results) {
+                std::string const& expected, DamageWalk const& walk, std::vector<DamageResult>& results) {
   int ends[2];
   if (::pipe(ends) != 0) throw std::runtime_error("no pipe");
   std::fflush(nullptr);
@@ -161,7 +161,7 @@ void RunInChild(std::vector<DamageCase> const& cases, std::size_t first,
     for (std::size_t i = first; i < cases.size(); ++i) {
       ::alarm(kSecondsPerCase);
       write(cases[i]);
-      WalkOne(name, expected);
+      WalkOne(name, expected, walk);
     }
 #if defined(__SANITIZE_ADDRESS__)
     if (__lsan_do_recoverable_leak_check() != 0) ::_exit(kLeak);
@@ -199,10 +199,10 @@ std::string OutcomeName(int outcome) {
 
 std::vector<DamageResult> RunDamageCases(std::vector<DamageCase> const& cases,
                                          std::function<void(DamageCase const&)> const& write, cow_String const& name,
-                                         std::string const& expected) {
+                                         std::string const& expected, DamageWalk const& walk) {
   std::vector<DamageResult> results;
   // A new child after each one that died.
-  while (results.size() < cases.size()) RunInChild(cases, results.size(), write, name, expected, results);
+  while (results.size() < cases.size()) RunInChild(cases, results.size(), write, name, expected, walk, results);
   return results;
 }
 

@@ -11,10 +11,10 @@
 
 // Runs damaged-file cases in child processes and tallies how they ended.
 // One child takes the cases in turn, each under a time limit and with an
-// allocation limit for the whole child, walks each damaged file with
-// rfm_DatabaseWalk (which reads the file's last byte first, as a program
-// that copies or checks a whole file does) and reports on a pipe how that
-// ended; a child that dies
+// allocation limit for the whole child, walks each damaged file (by default
+// with rfm_DatabaseWalk, which reads the file's last byte first, as a
+// program that copies or checks a whole file does) and reports on a pipe how
+// that ended; a child that dies
 // (a crash, a sanitizer's report, the time limit) takes its current case
 // with it, and a new child goes on with the next. The limits are far below
 // what a count read from the file could cost if anything trusted it. Under
@@ -25,12 +25,16 @@ struct DamageResult {
   std::string m_Message;
 };
 
+// How a damaged file is read whole: rfm_DatabaseWalk::Walk, or the walk of
+// a layer above the record store, whose text is compared in the same way.
+using DamageWalk = std::function<std::string(cow_String const&)>;
+
 // Runs every case: write(case) makes the damaged file at name, whose walk
 // is compared with expected. Answers one result per case, in order, and
 // one more when the cases leaked memory.
 std::vector<DamageResult> RunDamageCases(std::vector<DamageCase> const& cases,
                                          std::function<void(DamageCase const&)> const& write, cow_String const& name,
-                                         std::string const& expected);
+                                         std::string const& expected, DamageWalk const& walk = {});
 
 // The outcomes of a run of cases, counted, with each library message and
 // how often it came; and the cases that ended as no case may, in full.

@@ -124,7 +124,10 @@ rom_ClassBag& rom_Transporter::GetClassBagForWrite(unsigned int cid, int version
 rom_ClassBag& rom_Transporter::GetClassBagForRead(unsigned int cid) {
   if (rom_ClassBag* bag = FindBag(cid)) return *bag;
   cls_ClassMetadata const& md = GetClassMD(cid);
-  if (!m_Database.HasTable(md.ClassName()))
+  // Reading never makes a table: a table of the class's name that the
+  // catalogue does not lead to is not the class's, and a new empty one made
+  // beside it would read as a class without objects.
+  if (!m_Database.HasTable(md.ClassName()) || !m_ClassHandles.IsMember(cid))
     Raise(__LINE__, atr_SubstituteFormat(atr_translate("rom_Transporter::GetClassBagForRead - Table for class \"%s\" "
                                                        "is missing from the database: %s. The database is corrupt."),
                                          md.ClassName(), m_FileName));
@@ -146,7 +149,14 @@ void rom_Transporter::SetupTable(cls_ClassMetadata const& md) {
                                            md.ClassName()));
     m_Database.Bind(definition);
     if (stored) {
-      bag.GetRef().SetTable(m_Database.Table(handle, md.ExtentQuantum(), -1));
+      rfm_Table const table = m_Database.Table(handle, md.ExtentQuantum(), -1);
+      // A catalogue row that leads to another class's table would give this
+      // class that table's rows, read and written by its own column indexes.
+      if (table.TableMetadata().TableName() != md.ClassName())
+        Raise(__LINE__, atr_SubstituteFormat(atr_translate("rom_Transporter::SetupTable - The catalogue gives class "
+                                                           "\"%s\" the table \"%s\" in %s. The database is corrupt."),
+                                             md.ClassName(), table.TableMetadata().TableName(), m_FileName));
+      bag.GetRef().SetTable(table);
     } else {
       rfm_Table const table = m_Database.Table(md.ClassName(), md.ExtentQuantum(), -1);
       bag.GetRef().SetTable(table);

@@ -264,6 +264,64 @@ TEST(TransporterTest, DamagedHeadersRaiseTheLibrarysMessages) {
             TextOf<Assertion>([&] { rom_Transporter(registrar, Read(wrongInt), "TEST", -1); }));
 }
 
+TEST(TransporterTest, ACatalogueRowThatLeadsElsewhereIsCorruptionNotAnotherTable) {
+  zqa_TestDir dir;
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  cow_String const path = dir.File("catalogue.zdb");
+  {
+    rom_Transporter t(registrar, Create(path), "TEST", "catalogue", 7, -1);
+    t.GetClassBagForWrite(kMaterial).Table().NewRow().WriteFieldDouble(rfm_FieldHandle("Young", -1), 2.0e11);
+    rom_ClassBag const& node = t.GetClassBagForWrite(kNode);
+    node.Table().NewRow().WriteFieldInt(rfm_FieldHandle("Id", node.MapField(1)), 7);
+  }
+  std::string const good = zqa_ReadFileBytes(path);
+  // Rewrites a field of Node's catalogue row (the second) in a copy of the file.
+  auto damaged = [&](char const* name, char const* field, auto write) {
+    cow_String const copy = dir.File(name);
+    zqa_WriteFileBytes(copy, good);
+    rfm_Database db = rfm_Database::Open(Update(copy), "");
+    write(db.Table(rfm_Handle(5), -1, -1).UpdateRow(1), rfm_FieldHandle(field, -1));
+    db.Flush();
+    return copy;
+  };
+  rfm_Handle const materialTable =
+      rom_Transporter(registrar, Read(path), "TEST", -1).GetClassBagForRead(kMaterial).Table().Handle();
+
+  // Node's row names Material's table: Node's column indexes would read Material's rows.
+  cow_String const otherTable = damaged("other-table.zdb", kRomCatalogClassTableName,
+                                        [&](rfm_Row const& row, rfm_FieldHandle const& field) {
+                                          row.WriteFieldHandle(field, materialTable);
+                                        });
+  std::string const wrongTable = "rom_Transporter::SetupTable - The catalogue gives class \"Node\" the table "
+                                 "\"Material\" in " + std::string(otherTable.CStr()) + ". The database is corrupt.";
+  EXPECT_EQ(wrongTable, TextOf<Message>([&] {
+              rom_Transporter(registrar, Read(otherTable), "TEST", -1).GetClassBagForRead(kNode);
+            }));
+  EXPECT_EQ(wrongTable, TextOf<Message>([&] {
+              rom_Transporter(registrar, Update(otherTable), "TEST", -1).GetClassBagForWrite(kNode);
+            }));
+
+  // Node's row names a class the program does not know: the table named
+  // Node is not the class's, and reading, also of a writable file, makes no
+  // new one beside it.
+  cow_String const otherId = damaged("other-id.zdb", kRomCatalogClassIdName,
+                                     [](rfm_Row const& row, rfm_FieldHandle const& field) {
+                                       row.WriteFieldInt(field, 0x0F000001);
+                                     });
+  std::string const missing = "rom_Transporter::GetClassBagForRead - Table for class \"Node\" is missing from the "
+                              "database: " + std::string(otherId.CStr()) + ". The database is corrupt.";
+  EXPECT_EQ(missing, TextOf<Message>([&] {
+              rom_Transporter(registrar, Read(otherId), "TEST", -1).GetClassBagForRead(kNode);
+            }));
+  EXPECT_EQ(missing, TextOf<Message>([&] {
+              rom_Transporter(registrar, Update(otherId), "TEST", -1).GetClassBagForRead(kNode);
+            }));
+  rom_Transporter reopened(registrar, Read(otherId), "TEST", -1);
+  EXPECT_EQ(2, reopened.Catalog().Length());
+  EXPECT_EQ(1, reopened.GetTableSize(kMaterial));
+}
+
 TEST(TransporterTest, UpToDateStatusComparesStoredClassVersionsWithTheRegistrars) {
   zqa_TestDir dir;
   cls_ClassRegistrar registrar;

@@ -13,6 +13,8 @@ constexpr unsigned int kElement = 0x01000003;
 constexpr unsigned int kHex8 = 0x01000004;
 constexpr unsigned int kQuad4 = 0x01000005;
 constexpr unsigned int kMarker = 0x01000006;
+// Every class Register registers, in class id order.
+constexpr unsigned int kAll[] = {kMaterial, kNode, kElement, kHex8, kQuad4, kMarker};
 
 inline void Register(cls_ClassRegistrar& registrar, int nodeVersion = 1) {
   registrar.CreateClassMD("Material", kMaterial, 1, nullptr, cls_kNoClass)

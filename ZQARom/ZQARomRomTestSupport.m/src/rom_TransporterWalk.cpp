@@ -1,0 +1,161 @@
+#include "rom_TransporterWalk.h"
+
+#include "cow_ConstMapIterator.h"
+#include "omi_BtreeIterator.h"
+#include "rfm_Row.h"
+#include "rom_HeaderLayout.h"
+#include "rom_Transporter.h"
+#include "rom_ZDBHeaderParser.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <map>
+
+namespace {
+
+// A column an attribute takes: its suffix after the attribute's name and
+// its type. The columns of one attribute are adjacent, the first at the
+// index the class bag maps.
+struct Column {
+  char const* suffix;
+  rfm_Type type;
+};
+
+// The columns of each attribute type, as the object layer's format has them.
+std::vector<Column> ColumnsOf(cls_AttributeType type) {
+  switch (type) {
+    case cls_AttrFloat:
+      return {{"", rfm_TypeFloat}};
+    case cls_AttrDouble:
+      return {{"", rfm_TypeDouble}};
+    case cls_AttrString:
+    case cls_AttrText:
+    case cls_AttrEnum:
+      return {{"", rfm_TypeString}};
+    case cls_AttrObjectCow:
+    case cls_AttrObjectPtr:
+    case cls_AttrObjectLazy:
+    case cls_AttrInternalCow:
+      return {{"#OID", rfm_TypeInt}, {"#ClassID", rfm_TypeInt}};
+    case cls_AttrList:
+      return {{"#Handle", rfm_TypeHandle}, {"#Columns", rfm_TypeInt}};
+    case cls_AttrMap:
+    case cls_AttrBlob:
+      return {{"#Handle", rfm_TypeHandle}};
+    case cls_AttrDoubleCollection:
+      return {{"#Handle", rfm_TypeHandle}, {"#Handle2", rfm_TypeHandle}};
+    default:
+      return {{"", rfm_TypeInt}};
+  }
+}
+
+// Numbers as their bits, so that every value, NaN included, compares exactly.
+template <class T>
+std::string Bits(T value) {
+  std::uint64_t bits = 0;
+  std::memcpy(&bits, &value, sizeof value);
+  char text[24];
+  std::snprintf(text, sizeof text, "%c%llx", sizeof value == 4 ? 'f' : 'd', static_cast<unsigned long long>(bits));
+  return text;
+}
+
+// A string with its length, and any byte outside printable ASCII in hex.
+std::string Quoted(cow_String const& text) {
+  std::string out = "[" + std::to_string(text.Length()) + "]\"";
+  for (int i = 0; i < text.Length(); ++i) {
+    auto const byte = static_cast<unsigned char>(text[i]);
+    if (byte >= 0x20 && byte < 0x7f && byte != '\\') {
+      out += static_cast<char>(byte);
+    } else {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+      out += escaped;
+    }
+  }
+  return out + "\"";
+}
+
+std::string Value(rfm_Row const& row, rfm_FieldHandle const& field, rfm_Type type) {
+  if (!row.DataIsPresent(field)) return "-";
+  switch (type) {
+    case rfm_TypeFloat:
+      return Bits(row.ReadFieldFloat(field));
+    case rfm_TypeDouble:
+      return Bits(row.ReadFieldDouble(field));
+    case rfm_TypeString:
+      return Quoted(row.ReadFieldString(field));
+    case rfm_TypeHandle:
+      return "@" + std::to_string(row.ReadFieldHandle(field).Value());
+    default:
+      return std::to_string(row.ReadFieldInt(field));
+  }
+}
+
+// Whether the class stores nothing: it has no table, and the read path,
+// which requires a table, refuses it.
+bool StoresNothing(cls_ClassMetadata const& md) {
+  return md.BaseClassId() == kRomNoClass && md.AttributeCount() == 0;
+}
+
+}  // namespace
+
+std::string rom_TransporterWalk::Walk(cow_String const& name, cls_ClassRegistrar const& registrar,
+                                      std::vector<unsigned int> const& classIds, Access access) {
+  rom_TransporterWalk walk;
+  utl_FileAccess const mode = access == kReadOnly ? utl_FileAccessRead : utl_FileAccessUpdate;
+  rom_Transporter transporter(registrar, rfm_File::Open(name, mode, false), "", -1);
+  rfm_Database database = transporter.Database();
+  rom_ZDBHeaderParser header(database);
+  walk.Line("header form " + std::to_string(header.GetHeaderType()) + " version " + std::to_string(header.Version()) +
+            " release " + std::to_string(transporter.MajorVersion()) + "." +
+            std::to_string(transporter.MinorVersion()) + "." + std::to_string(transporter.UpdateVersion()) +
+            " type " + std::to_string(transporter.ReleaseType()));
+  int newest = -1;
+  unsigned int const status = header.GetUpToDateStatus(registrar, &newest);
+  walk.Line("status " + std::to_string(status) + " newest " + std::to_string(newest));
+  std::map<std::string, int> versions;
+  for (cow_ConstMapIterator<cow_String, int> it(database.GetMapClassName2ClassVersion()); !it.IsDone(); it.Next())
+    versions[it.CurrentKey().CStr()] = it.CurrentValue();
+  for (auto const& version : versions)
+    walk.Line("class version " + version.first + " " + std::to_string(version.second));
+
+  for (unsigned int classId : classIds) {
+    cls_ClassMetadata const& md = transporter.GetClassMD(classId);
+    // The write path makes nothing for a class that stores nothing, also in
+    // a read-only file.
+    rom_ClassBag const& bag =
+        StoresNothing(md) ? transporter.GetClassBagForWrite(classId) : transporter.GetClassBagForRead(classId);
+    if (!bag.HasTable()) {
+      walk.Line("class " + std::string(md.ClassName().CStr()) + " has no table");
+      continue;
+    }
+    walk.Line("class " + std::string(md.ClassName().CStr()) + " table " +
+              Quoted(bag.Table().TableMetadata().TableName()) + " rows " + std::to_string(bag.Table().Length()));
+    walk.Rows(md, bag);
+  }
+  if (access == kForUpdate) transporter.Flush();
+  return walk.m_Text;
+}
+
+void rom_TransporterWalk::Rows(cls_ClassMetadata const& md, rom_ClassBag const& bag) {
+  rfm_Table const& table = bag.Table();
+  for (int number = 0; table.RowExists(number); ++number) {
+    rfm_Row const row = table.ReadRow(number);
+    std::string line = "row " + std::to_string(number);
+    if (md.BaseClassId() != kRomNoClass)
+      line += std::string(" ") + kRomBaseClassOidName + "=" +
+              Value(row, rfm_FieldHandle(kRomBaseClassOidName, 0), rfm_TypeInt);
+    for (omi_BtreeIterator<cow_String, cls_AttributeMetadata> it(md.Attributes()); !it.IsDone(); it.Next()) {
+      cls_AttributeMetadata const& attribute = it.CurrentValue();
+      int const first = bag.MapField(attribute.m_FieldId);
+      int offset = 0;
+      for (Column const& column : ColumnsOf(attribute.m_Type)) {
+        std::string const name = std::string(attribute.m_Name.CStr()) + column.suffix;
+        rfm_FieldHandle const field(name.c_str(), first < 0 ? -1 : first + offset++);
+        line += " " + name + "=" + Value(row, field, column.type);
+      }
+    }
+    Line(line);
+  }
+}
