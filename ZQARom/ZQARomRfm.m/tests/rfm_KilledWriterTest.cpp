@@ -7,22 +7,18 @@
 #include "rfm_KillWorkload.h"
 #include "rfm_TestBytes.h"
 #include "rfm_TestDatabase.h"
+#include "zqa_KilledChild.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <functional>
 #include <map>
-#include <poll.h>
 #include <random>
-#include <stdexcept>
 #include <string>
-#include <time.h>
-#include <unistd.h>
 #include <vector>
 
 // A writer process appends rows to tables and elements to arrays, flushing
@@ -47,22 +43,15 @@ struct Message {
   std::array<int, kObjects> handles;
 };
 
-void Send(int pipe, Message const& message) {
-  // Smaller than PIPE_BUF: one write, whole or not at all.
-  if (::write(pipe, &message, sizeof message) != static_cast<ssize_t>(sizeof message)) {
-    throw std::runtime_error("the test stopped listening");
-  }
-}
-
 // Steps on until the process dies.
 void Writer(rfm_File const& file, unsigned seed, int pipe) {
   rfm_KillWorkload workload(file, seed);
-  Send(pipe, {Message::kHandles, -1, workload.Handles()});
+  zqa_SendReport(pipe, Message{Message::kHandles, -1, workload.Handles()});
   for (int step = 0;; ++step) {
     workload.Append(step);
-    Send(pipe, {Message::kFlushBegins, step, {}});
+    zqa_SendReport(pipe, Message{Message::kFlushBegins, step, {}});
     workload.Flush();
-    Send(pipe, {Message::kFlushEnds, step, {}});
+    zqa_SendReport(pipe, Message{Message::kFlushEnds, step, {}});
   }
 }
 
@@ -77,62 +66,21 @@ struct Death {
   std::array<int, kObjects> handles{};
 };
 
-timespec Remaining(timespec deadline) {
-  timespec now;
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  long nanoseconds = (deadline.tv_sec - now.tv_sec) * 1000000000L + (deadline.tv_nsec - now.tv_nsec);
-  if (nanoseconds < 0) nanoseconds = 0;
-  return {nanoseconds / 1000000000L, nanoseconds % 1000000000L};
-}
-
-// Reads the writer's messages until the deadline passes, or with no
-// deadline until the writer is gone.
-void Listen(int pipe, timespec const* deadline, Death& death) {
-  for (;;) {
-    pollfd ready{pipe, POLLIN, 0};
-    timespec wait = deadline ? Remaining(*deadline) : timespec{};
-    int got = ::ppoll(&ready, 1, deadline ? &wait : nullptr, nullptr);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return;
-    Message message;
-    ssize_t size = ::read(pipe, &message, sizeof message);
-    if (size == 0) return;
-    if (size != static_cast<ssize_t>(sizeof message)) throw std::runtime_error("a torn message");
-    death.lastStep = message.step;
-    if (message.kind == Message::kHandles) {
-      death.handles = message.handles;
-      death.handlesKnown = true;
-    } else {
-      death.moment = message.kind == Message::kFlushBegins ? Moment::InsideFlush : Moment::BetweenFlushes;
-    }
-  }
-}
-
 // Runs a writer on the file that open makes in a child process. With a
-// delay the test kills it then; without, it must die by itself. Both ways it
-// must die by SIGKILL.
+// delay the test kills it then; without, it must die by itself.
 Death WatchWriter(std::function<rfm_File()> const& open, unsigned seed, long const* killAfterMicroseconds) {
-  int ends[2];
-  if (::pipe(ends) != 0) throw std::runtime_error("pipe");
-  int writer = zqa_StartChild([&] {
-    ::close(ends[0]);
-    Writer(open(), seed, ends[1]);
-  });
-  ::close(ends[1]);
   Death death;
-  if (killAfterMicroseconds) {
-    timespec deadline;
-    ::clock_gettime(CLOCK_MONOTONIC, &deadline);
-    long nanoseconds = deadline.tv_nsec + *killAfterMicroseconds * 1000L;
-    deadline.tv_sec += nanoseconds / 1000000000L;
-    deadline.tv_nsec = nanoseconds % 1000000000L;
-    Listen(ends[0], &deadline, death);
-    ::kill(writer, SIGKILL);
-  }
-  // What the writer sent before it died is still in the pipe.
-  Listen(ends[0], nullptr, death);
-  ::close(ends[0]);
-  if (zqa_WaitChild(writer) != 128 + SIGKILL) throw std::runtime_error("the writer ended otherwise than by SIGKILL");
+  zqa_WatchKilledChild<Message>([&](int pipe) { Writer(open(), seed, pipe); }, killAfterMicroseconds,
+                                [&](Message const& message) {
+                                  death.lastStep = message.step;
+                                  if (message.kind == Message::kHandles) {
+                                    death.handles = message.handles;
+                                    death.handlesKnown = true;
+                                  } else {
+                                    death.moment = message.kind == Message::kFlushBegins ? Moment::InsideFlush
+                                                                                         : Moment::BetweenFlushes;
+                                  }
+                                });
   if (death.moment == Moment::InsideFlush && death.lastStep == 0) death.moment = Moment::BeforeFirstFlush;
   return death;
 }

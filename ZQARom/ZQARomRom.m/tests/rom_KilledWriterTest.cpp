@@ -11,21 +11,16 @@
 #include "nex_PrimException.h"
 #include "rfm_DyingFile.h"
 #include "rom_KillWorkload.h"
+#include "zqa_KilledChild.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <functional>
 #include <map>
-#include <poll.h>
 #include <random>
-#include <stdexcept>
 #include <string>
-#include <time.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -39,12 +34,6 @@ struct Report {
   int step;
 };
 
-void Send(int pipe, Report const& report) {
-  // Smaller than PIPE_BUF: one write, whole or not at all.
-  if (::write(pipe, &report, sizeof report) != static_cast<ssize_t>(sizeof report))
-    throw std::runtime_error("the test stopped listening");
-}
-
 // Steps on until the process dies.
 void Write(rfm_File const& file, unsigned seed, int pipe) {
   cls_ClassRegistrar registrar;
@@ -52,9 +41,9 @@ void Write(rfm_File const& file, unsigned seed, int pipe) {
   rom_Kill::Writer writer(registrar, file, seed);
   for (int step = 0;; ++step) {
     writer.Step(step);
-    Send(pipe, {Report::kFlushBegins, step});
+    zqa_SendReport(pipe, Report{Report::kFlushBegins, step});
     writer.Flush();
-    Send(pipe, {Report::kFlushEnds, step});
+    zqa_SendReport(pipe, Report{Report::kFlushEnds, step});
   }
 }
 
@@ -69,57 +58,16 @@ struct Death {
   int Completed() const { return moment == Moment::BetweenFlushes ? lastStep : lastStep - 1; }
 };
 
-timespec Remaining(timespec deadline) {
-  timespec now;
-  ::clock_gettime(CLOCK_MONOTONIC, &now);
-  long nanoseconds = (deadline.tv_sec - now.tv_sec) * 1000000000L + (deadline.tv_nsec - now.tv_nsec);
-  if (nanoseconds < 0) nanoseconds = 0;
-  return {nanoseconds / 1000000000L, nanoseconds % 1000000000L};
-}
-
-// Reads the writer's reports until the deadline passes, or with no deadline
-// until the writer is gone.
-void Listen(int pipe, timespec const* deadline, Death& death) {
-  for (;;) {
-    pollfd ready{pipe, POLLIN, 0};
-    timespec wait = deadline ? Remaining(*deadline) : timespec{};
-    int const got = ::ppoll(&ready, 1, deadline ? &wait : nullptr, nullptr);
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0) return;
-    Report report;
-    ssize_t const size = ::read(pipe, &report, sizeof report);
-    if (size == 0) return;
-    if (size != static_cast<ssize_t>(sizeof report)) throw std::runtime_error("a torn report");
-    death.lastStep = report.step;
-    death.moment = report.kind == Report::kFlushBegins ? Moment::InsideFlush : Moment::BetweenFlushes;
-  }
-}
-
 // Runs a writer on the file that open makes in a child process. With a
-// delay the test kills it then; without, it must die by itself. Both ways
-// it must die by SIGKILL.
+// delay the test kills it then; without, it must die by itself.
 Death WatchWriter(std::function<rfm_File()> const& open, unsigned seed, long const* killAfterMicroseconds) {
-  int ends[2];
-  if (::pipe(ends) != 0) throw std::runtime_error("pipe");
-  int const writer = zqa_StartChild([&] {
-    ::close(ends[0]);
-    Write(open(), seed, ends[1]);
-  });
-  ::close(ends[1]);
   Death death;
-  if (killAfterMicroseconds) {
-    timespec deadline;
-    ::clock_gettime(CLOCK_MONOTONIC, &deadline);
-    long const nanoseconds = deadline.tv_nsec + *killAfterMicroseconds * 1000L;
-    deadline.tv_sec += nanoseconds / 1000000000L;
-    deadline.tv_nsec = nanoseconds % 1000000000L;
-    Listen(ends[0], &deadline, death);
-    ::kill(writer, SIGKILL);
-  }
-  // What the writer sent before it died is still in the pipe.
-  Listen(ends[0], nullptr, death);
-  ::close(ends[0]);
-  if (zqa_WaitChild(writer) != 128 + SIGKILL) throw std::runtime_error("the writer ended otherwise than by SIGKILL");
+  zqa_WatchKilledChild<Report>([&](int pipe) { Write(open(), seed, pipe); }, killAfterMicroseconds,
+                               [&](Report const& report) {
+                                 death.lastStep = report.step;
+                                 death.moment =
+                                     report.kind == Report::kFlushBegins ? Moment::InsideFlush : Moment::BetweenFlushes;
+                               });
   if (death.moment == Moment::InsideFlush && death.lastStep == 0) death.moment = Moment::BeforeFirstFlush;
   return death;
 }
