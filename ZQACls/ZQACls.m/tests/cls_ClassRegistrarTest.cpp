@@ -5,6 +5,7 @@
 #include "nex_PrimException.h"
 #include "omi_BtreeIterator.h"
 #include "typ_ArchCompTable.h"
+#include "zqa_TextOf.h"
 
 #include <gtest/gtest.h>
 
@@ -14,17 +15,6 @@
 namespace {
 
 using Message = nex_PrimException<atr_String, 1>;
-
-template <class Body>
-std::string MessageOf(Body body) {
-  try {
-    body();
-  } catch (Message const& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "nothing raised";
-  return "";
-}
 
 std::vector<std::string> AttributeNames(cls_ClassMetadata const& md) {
   std::vector<std::string> names;
@@ -65,15 +55,15 @@ TEST(ClassRegistrarTest, KeepsVersionsAndAnswersByIdVersionAndName) {
   EXPECT_EQ(-1, registrar.GetFirstClassVersionNumberGREQ(0x01000002, 8));
 
   EXPECT_EQ("cls_ClassRegistrar::AddClassMD - Class Node (01000002) version 3 is already registered.",
-            MessageOf([&] { registrar.CreateClassMD("Node", 0x01000002, 3, nullptr, cls_kNoClass); }));
+            zqa_TextOf<Message>([&] { registrar.CreateClassMD("Node", 0x01000002, 3, nullptr, cls_kNoClass); }));
   EXPECT_EQ(7, registrar.ConstGet(0x01000002).GetVersion());
   EXPECT_EQ("cls_ClassRegistrar::ConstGet - Class ID 01000003 is not registered.",
-            MessageOf([&] { registrar.ConstGet(0x01000003); }));
+            zqa_TextOf<Message>([&] { registrar.ConstGet(0x01000003); }));
   EXPECT_EQ("cls_ClassRegistrar::GetClassMetadata - Class ID 01000002 version 2 is not registered.",
-            MessageOf([&] { registrar.GetClassMetadata(0x01000002, 2); }));
+            zqa_TextOf<Message>([&] { registrar.GetClassMetadata(0x01000002, 2); }));
 
   EXPECT_EQ("cls_ClassRegistrar::DeleteClass - Class ID 01000002 is registered as Node, not as Hex8.",
-            MessageOf([&] { registrar.DeleteClass("Hex8", 0x01000002); }));
+            zqa_TextOf<Message>([&] { registrar.DeleteClass("Hex8", 0x01000002); }));
   registrar.DeleteClass("Node", 0x01000002);
   EXPECT_FALSE(registrar.ClassIsPresent(0x01000002));
   EXPECT_EQ(0, registrar.ClassCount());

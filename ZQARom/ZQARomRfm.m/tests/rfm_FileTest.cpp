@@ -8,6 +8,7 @@
 #include "rfm_TestBytes.h"
 #include "utl_File.h"
 #include "zqa_TestDir.h"
+#include "zqa_TextOf.h"
 
 #include <gtest/gtest.h>
 
@@ -25,18 +26,6 @@ using Message = nex_PrimException<atr_String, 1>;
 using Assertion = nex_PrimException<cow_String, 3>;
 
 char const kUrl[] = "zbxrdb://farhost:7001//data/job.zdb";
-
-// The text of the exception of type E that body raises, or "" with a failure.
-template <class E, class Body>
-std::string TextOf(Body body) {
-  try {
-    body();
-  } catch (E const& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "the expected exception was not raised";
-  return "";
-}
 
 // For checks that run in a child process: raise when the condition fails.
 void Require(bool condition, char const* what) {
@@ -135,33 +124,33 @@ TEST(FileTest, TheHandleMovesTypedValuesAndArraysAsTheFileStoresThem) {
   char end[4] = {};
   EXPECT_EQ(3, file.Read(end, 4));
   EXPECT_EQ("end", std::string(end));
-  EXPECT_EQ("***ERROR: Unexpected End Of File.", TextOf<Message>([&] { file.ReadInt(); }));
+  EXPECT_EQ("***ERROR: Unexpected End Of File.", zqa_TextOf<Message>([&] { file.ReadInt(); }));
 }
 
 TEST(FileTest, UrlsCanOnlyBeOpenedForReading) {
   std::string const refused = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + kUrl;
-  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessUpdate, false); }));
-  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessCreate, false); }));
-  EXPECT_EQ(refused, TextOf<rfm_FileReadOnlyExc>([] { rfm_File::CreateCompressed(kUrl); }));
+  EXPECT_EQ(refused, zqa_TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(refused, zqa_TextOf<rfm_FileReadOnlyExc>([] { rfm_File::Open(kUrl, utl_FileAccessCreate, false); }));
+  EXPECT_EQ(refused, zqa_TextOf<rfm_FileReadOnlyExc>([] { rfm_File::CreateCompressed(kUrl); }));
 
   // Reading passes the path checks and reaches the remote representation,
   // which needs the connector for a URL with a port.
   ::unsetenv("ZOR_PATH");
   std::string const noConnector =
       std::string("*** ERROR: Can't connect to remote file:\n") + kUrl + ", reason:\nCannot locate dmbwtr executable";
-  EXPECT_EQ(noConnector, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, utl_FileAccessRead, false); }));
-  EXPECT_EQ(noConnector, TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, cow_String("key")); }));
+  EXPECT_EQ(noConnector, zqa_TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, utl_FileAccessRead, false); }));
+  EXPECT_EQ(noConnector, zqa_TextOf<rfm_FileConnectExc>([] { rfm_File::Open(kUrl, cow_String("key")); }));
 }
 
 TEST(FileTest, MissingFilesAndWrongAccessAreRefused) {
   zqa_TestDir dir;
   cow_String missing = dir.File("missing.zdb");
   std::string const noSuchFile = std::string("*** ERROR: No such file: ") + missing.CStr() + ".";
-  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessRead, false); }));
-  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessUpdate, false); }));
-  EXPECT_EQ(noSuchFile, TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, cow_String()); }));
+  EXPECT_EQ(noSuchFile, zqa_TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessRead, false); }));
+  EXPECT_EQ(noSuchFile, zqa_TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(noSuchFile, zqa_TextOf<rfm_FileNoSuchFile>([&] { rfm_File::Open(missing, cow_String()); }));
 
-  EXPECT_EQ("!\"Incorrect file access.\"", TextOf<Assertion>([&] {
+  EXPECT_EQ("!\"Incorrect file access.\"", zqa_TextOf<Assertion>([&] {
               rfm_File::Open(missing, static_cast<utl_FileAccess>(3), false);
             }));
 }
@@ -263,20 +252,20 @@ TEST(FileTest, CompressedFilesAreRecognisedByTheFirstSixBytesOfTheirMagic) {
   std::string const corrupt = std::string("***ERROR: ZAE database is corrupt.\n  ") + name.CStr();
   std::string const bytes = zqa_ReadFileBytes(name);
   zqa_WriteFileBytes(name, bytes.substr(0, 6) + "99" + bytes.substr(8));
-  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  EXPECT_EQ(corrupt, zqa_TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
   std::string damaged = bytes;
   damaged[8] = 2;
   zqa_WriteFileBytes(name, damaged);
-  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
+  EXPECT_EQ(corrupt, zqa_TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessUpdate, false); }));
   zqa_WriteFileBytes(name, bytes.substr(0, 20));
-  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  EXPECT_EQ(corrupt, zqa_TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
   // 1013 entries fill sector 0; one more needs a next sector, which a
   // file of two sectors can hold but sector 0 does not link to.
   damaged = bytes;
   damaged[16] = static_cast<char>(1014 & 0xff);
   damaged[17] = static_cast<char>(1014 >> 8);
   zqa_WriteFileBytes(name, damaged);
-  EXPECT_EQ(corrupt, TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
+  EXPECT_EQ(corrupt, zqa_TextOf<Message>([&] { rfm_File::Open(name, utl_FileAccessRead, false); }));
 
   // Five bytes of the magic are not enough.
   cow_String almost = dir.File("almost.mdb");
@@ -342,7 +331,7 @@ TEST(FileTest, ExceptionsPropagateWithTheirOwnType) {
   EXPECT_STREQ("*** ERROR: Insufficient space in for network ZDB local cache.", rfm_FileCacheExc().what());
 
   EXPECT_EQ("The output database was opened as read-only. Modification of data is not permitted.",
-            TextOf<Message>([] { rfm_IssueWritingToReadOnlyException(); }));
+            zqa_TextOf<Message>([] { rfm_IssueWritingToReadOnlyException(); }));
   errno = ENOENT;
   EXPECT_EQ(atr_String("job.zdb: No such file or directory"), rfm_ExcSystemText("job.zdb"));
 }

@@ -13,6 +13,7 @@
 #include "rom_TestClasses.h"
 #include "rom_ZDBHeaderParser.h"
 #include "zqa_TestDir.h"
+#include "zqa_TextOf.h"
 
 #include <gtest/gtest.h>
 
@@ -25,17 +26,6 @@ namespace {
 using Message = nex_PrimException<atr_String, 1>;
 using Assertion = nex_PrimException<cow_String, 3>;
 using namespace rom_TestClasses;
-
-template <class E, class Body>
-std::string TextOf(Body body) {
-  try {
-    body();
-  } catch (E const& e) {
-    return e.what();
-  }
-  ADD_FAILURE() << "nothing raised";
-  return "";
-}
 
 rfm_File Create(cow_String const& path) { return rfm_File::Open(path, utl_FileAccessCreate, false); }
 rfm_File Update(cow_String const& path) { return rfm_File::Open(path, utl_FileAccessUpdate, false); }
@@ -142,7 +132,7 @@ TEST(TransporterTest, FirstUseOfAClassMakesItsTableAndCatalogueRowAndAReopenFind
     EXPECT_EQ(1, node.MapField(5));
     EXPECT_EQ(-1, node.MapField(0));
     EXPECT_EQ(-1, node.MapField(-1));
-    EXPECT_EQ("entryIndex >= 0 && entryIndex < m_IndexMapArraySize", TextOf<Assertion>([&] { node.MapField(6); }));
+    EXPECT_EQ("entryIndex >= 0 && entryIndex < m_IndexMapArraySize", zqa_TextOf<Assertion>([&] { node.MapField(6); }));
     EXPECT_EQ(&node, &t.GetClassBagForWrite(kNode));
 
     rom_ClassBag& hex = t.GetClassBagForWrite(kHex8);
@@ -164,10 +154,10 @@ TEST(TransporterTest, FirstUseOfAClassMakesItsTableAndCatalogueRowAndAReopenFind
     EXPECT_EQ(6, t.GetClassBagForRead(kNode).Table().TableMetadata().FieldCount());
     EXPECT_EQ(0, t.GetTableSize(kHex8));
     EXPECT_EQ("rom_Transporter::SetupTable - Attempt to create new class in read-only ZDB, Class: Material",
-              TextOf<Message>([&] { t.GetClassBagForWrite(kMaterial); }));
+              zqa_TextOf<Message>([&] { t.GetClassBagForWrite(kMaterial); }));
     EXPECT_EQ("rom_Transporter::GetClassBagForRead - Table for class \"Quad4\" is missing from the database: " +
                   std::string(path.CStr()) + ". The database is corrupt.",
-              TextOf<Message>([&] { t.GetClassBagForRead(kQuad4); }));
+              zqa_TextOf<Message>([&] { t.GetClassBagForRead(kQuad4); }));
     t.Flush();  // nothing to do on a read-only file
   }
   {
@@ -201,7 +191,7 @@ TEST(TransporterTest, HandBuiltHeadersOfTheOlderFormsOpen) {
       t.Flush();
     }
     EXPECT_EQ("ZDB file is corrupt:  Release type can't be changed in old format database.",
-              TextOf<Message>([&] { rom_Transporter(registrar, Update(path), "TEST", 4); }));
+              zqa_TextOf<Message>([&] { rom_Transporter(registrar, Update(path), "TEST", 4); }));
     rfm_Database db = rfm_Database::Open(Read(path), "");
     rom_ZDBHeaderParser const header(db);
     EXPECT_EQ(form, header.GetHeaderType());
@@ -222,7 +212,7 @@ TEST(TransporterTest, RewriteHeaderRecordsAReleaseTypeOnlyInAWritableFile) {
     EXPECT_EQ(0, std::get<2>(HeaderItems(db).back()));  // release type 0 is written
   }
   EXPECT_EQ("ZDB file is corrupt:  Release type can't be changed in read-only database.",
-            TextOf<Message>([&] { rom_Transporter(registrar, Read(path), "TEST", 9); }));
+            zqa_TextOf<Message>([&] { rom_Transporter(registrar, Read(path), "TEST", 9); }));
   { rom_Transporter const t(registrar, Update(path), "TEST", 9); }
   rfm_Database db = rfm_Database::Open(Read(path), "");
   EXPECT_EQ(9, rom_ZDBHeaderParser(db).ReleaseType());
@@ -247,21 +237,21 @@ TEST(TransporterTest, DamagedHeadersRaiseTheLibrarysMessages) {
   };
   cow_String const unknown = header("unknown.zdb", [](rfm_Database& db) { db.Space(-1).WriteInt(0x12345678); });
   EXPECT_EQ("ZDB file is corrupt:  Root object must be either a table, tagged stream, or version space.",
-            TextOf<Message>([&] { rom_Transporter(registrar, Read(unknown), "TEST", -1); }));
+            zqa_TextOf<Message>([&] { rom_Transporter(registrar, Read(unknown), "TEST", -1); }));
   cow_String const releaseOnly =
       header("release-only.zdb", [](rfm_Database& db) { db.TaggedStream(0).WriteInt(kRomTagReleaseType, 2); });
   EXPECT_EQ("ZDB file is corrupt:  No catalog table found in file header.",
-            TextOf<Message>([&] { rom_Transporter(registrar, Read(releaseOnly), "TEST", -1); }));
+            zqa_TextOf<Message>([&] { rom_Transporter(registrar, Read(releaseOnly), "TEST", -1); }));
   cow_String const wrongType =
       header("wrong-type.zdb", [](rfm_Database& db) { db.TaggedStream(0).WriteInt(kRomTagCatalog, 5); });
   EXPECT_EQ("ts.GetType() == rfm_TypeHandle",
-            TextOf<Assertion>([&] { rom_Transporter(registrar, Read(wrongType), "TEST", -1); }));
+            zqa_TextOf<Assertion>([&] { rom_Transporter(registrar, Read(wrongType), "TEST", -1); }));
   cow_String const wrongInt = header("wrong-int.zdb", [](rfm_Database& db) {
     rfm_TaggedStream const ts = db.TaggedStream(0);
     ts.WriteDouble(kRomTagMajorVersion, 1.0);
   });
   EXPECT_EQ("ts.GetType() == rfm_TypeInt",
-            TextOf<Assertion>([&] { rom_Transporter(registrar, Read(wrongInt), "TEST", -1); }));
+            zqa_TextOf<Assertion>([&] { rom_Transporter(registrar, Read(wrongInt), "TEST", -1); }));
 }
 
 TEST(TransporterTest, ACatalogueRowThatLeadsElsewhereIsCorruptionNotAnotherTable) {
@@ -295,10 +285,10 @@ TEST(TransporterTest, ACatalogueRowThatLeadsElsewhereIsCorruptionNotAnotherTable
                                         });
   std::string const wrongTable = "rom_Transporter::SetupTable - The catalogue gives class \"Node\" the table "
                                  "\"Material\" in " + std::string(otherTable.CStr()) + ". The database is corrupt.";
-  EXPECT_EQ(wrongTable, TextOf<Message>([&] {
+  EXPECT_EQ(wrongTable, zqa_TextOf<Message>([&] {
               rom_Transporter(registrar, Read(otherTable), "TEST", -1).GetClassBagForRead(kNode);
             }));
-  EXPECT_EQ(wrongTable, TextOf<Message>([&] {
+  EXPECT_EQ(wrongTable, zqa_TextOf<Message>([&] {
               rom_Transporter(registrar, Update(otherTable), "TEST", -1).GetClassBagForWrite(kNode);
             }));
 
@@ -311,10 +301,10 @@ TEST(TransporterTest, ACatalogueRowThatLeadsElsewhereIsCorruptionNotAnotherTable
                                      });
   std::string const missing = "rom_Transporter::GetClassBagForRead - Table for class \"Node\" is missing from the "
                               "database: " + std::string(otherId.CStr()) + ". The database is corrupt.";
-  EXPECT_EQ(missing, TextOf<Message>([&] {
+  EXPECT_EQ(missing, zqa_TextOf<Message>([&] {
               rom_Transporter(registrar, Read(otherId), "TEST", -1).GetClassBagForRead(kNode);
             }));
-  EXPECT_EQ(missing, TextOf<Message>([&] {
+  EXPECT_EQ(missing, zqa_TextOf<Message>([&] {
               rom_Transporter(registrar, Update(otherId), "TEST", -1).GetClassBagForRead(kNode);
             }));
   rom_Transporter reopened(registrar, Read(otherId), "TEST", -1);
@@ -370,25 +360,25 @@ TEST(TransporterTest, VersionsInheritanceCollectionsAndDestructorsFollowTheMetad
   EXPECT_EQ(-1, t.GetNextVersion(kNode, 3));
   EXPECT_EQ(-1, t.GetNextVersion(kNode, 7));
   EXPECT_EQ("rom_Transporter::TableMetadata failed: can't get table metadata for Class ID 16777222.",
-            TextOf<Message>([&] { t.GetTableMetadata(kMarker, 1); }));
+            zqa_TextOf<Message>([&] { t.GetTableMetadata(kMarker, 1); }));
   EXPECT_EQ("rom_Transporter::TableMetadata failed: can't get table metadata for Class ID 16777218 version number 4.",
-            TextOf<Message>([&] { t.GetTableMetadata(kNode, 4); }));
+            zqa_TextOf<Message>([&] { t.GetTableMetadata(kNode, 4); }));
 
   t.CheckInheritence(kHex8, kElement);
   t.CheckInheritence(kHex8, kHex8);
   EXPECT_EQ("Inheritence error: class Quad4 (01000005) is not a derived type of base class Hex8 (01000004)\n",
-            TextOf<Message>([&] { t.CheckInheritence(kQuad4, kHex8); }));
+            zqa_TextOf<Message>([&] { t.CheckInheritence(kQuad4, kHex8); }));
   t.CheckCollectionType(cls_CollListObj, kHex8, "Nodes");
   EXPECT_EQ("Implemented collection does not match metadata.\n  Class: Hex8\n  Member: Nodes\n  Attribute collection "
             "type: 2\n  Implemented collection type: 1",
-            TextOf<Message>([&] { t.CheckCollectionType(cls_CollListPrim, kHex8, "Nodes"); }));
+            zqa_TextOf<Message>([&] { t.CheckCollectionType(cls_CollListPrim, kHex8, "Nodes"); }));
   EXPECT_EQ("Implemented collection does not match metadata.\n  Class: Hex8\n  Member: Corners\n  Attribute collection "
             "type: 0\n  Implemented collection type: 2",
-            TextOf<Message>([&] { t.CheckCollectionType(cls_CollListObj, kHex8, "Corners"); }));
+            zqa_TextOf<Message>([&] { t.CheckCollectionType(cls_CollListObj, kHex8, "Corners"); }));
 
   EXPECT_EQ(kElement, t.FindMDWithDtor(kQuad4).ClassId());
   EXPECT_EQ("Warning: objectCOW dtor not defined in ddbAPI metadata for: Node\n",
-            TextOf<Message>([&] { t.FindMDWithDtor(kNode); }));
+            zqa_TextOf<Message>([&] { t.FindMDWithDtor(kNode); }));
   EXPECT_EQ(kRomInternalMapClass, t.GetClassMD(kRomInternalMapClass).ClassId());
   EXPECT_EQ(cls_AttrMap, t.GetClassMD(kRomInternalMapClass).FindAttribute("Target").m_Type);
   EXPECT_EQ(1, t.GetClassBagForWrite(kRomInternalListClass).MapField(1) + 1);  // Target#Handle then Target#Columns
