@@ -109,7 +109,8 @@ private:
   void ReadNewCatalogRows();
   rfm_TableMetadata ClassTableMetadata(cls_ClassMetadata const& md, rom_ClassBag* bag, bool assertOnBadType) const;
   rom_ClassBag* FindBag(unsigned int cid) const;
-  void FlushClassTables();
+  // Runs action on the table of every class bag that has one, in class id order.
+  void ForEachClassTable(int (rfm_Table::*action)() const) const;
 
   cls_ClassRegistrar const* m_Registrar;
   cls_ClassRegistrar m_InternalRegistrar;

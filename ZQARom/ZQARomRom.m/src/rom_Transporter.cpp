@@ -6,6 +6,7 @@
 #include "cls_ExtQuant.h"
 #include "rfm_ReaderSemaphoreProxy.h"
 #include "rfm_Row.h"
+#include "rom_CatalogFieldHandle.h"
 #include "rom_HeaderLayout.h"
 #include "rom_TransporterMetadata.h"
 #include "rom_ZDBHeaderParser.h"
@@ -101,10 +102,10 @@ void rom_Transporter::InitExsisting(int releaseType) {
 // Snap, the rows of the classes a writer added since. Counted, not taken
 // from the table's position, which any reader of the catalogue moves.
 void rom_Transporter::ReadNewCatalogRows() {
-  rfm_FieldHandle const classId(kRomCatalogClassIdName, kRomCatalogClassId);
-  rfm_FieldHandle const classTable(kRomCatalogClassTableName, kRomCatalogClassTable);
-  rfm_FieldHandle const className(kRomCatalogClassNameName, kRomCatalogClassName);
-  rfm_FieldHandle const classVersion(kRomCatalogClassVersionName, kRomCatalogClassVersion);
+  rfm_FieldHandle const classId = rom_CatalogFieldHandle(kRomCatalogClassId);
+  rfm_FieldHandle const classTable = rom_CatalogFieldHandle(kRomCatalogClassTable);
+  rfm_FieldHandle const className = rom_CatalogFieldHandle(kRomCatalogClassName);
+  rfm_FieldHandle const classVersion = rom_CatalogFieldHandle(kRomCatalogClassVersion);
   for (; m_Catalog.RowExists(m_CatalogRowsRead); ++m_CatalogRowsRead) {
     rfm_Row const row = m_Catalog.ReadRow(m_CatalogRowsRead);
     m_ClassHandles.Insert(static_cast<unsigned int>(row.ReadFieldInt(classId)), row.ReadFieldHandle(classTable));
@@ -114,11 +115,11 @@ void rom_Transporter::ReadNewCatalogRows() {
 }
 
 void rom_Transporter::FillMapClassName2ClassVersion(int defaultVersion) {
-  rfm_FieldHandle const classId(kRomCatalogClassIdName, kRomCatalogClassId);
-  rfm_FieldHandle const classTable(kRomCatalogClassTableName, kRomCatalogClassTable);
-  rfm_FieldHandle const className(kRomCatalogClassNameName, kRomCatalogClassName);
-  rfm_FieldHandle const baseClassId(kRomCatalogBaseClassIdName, kRomCatalogBaseClassId);
-  rfm_FieldHandle const classVersion(kRomCatalogClassVersionName, kRomCatalogClassVersion);
+  rfm_FieldHandle const classId = rom_CatalogFieldHandle(kRomCatalogClassId);
+  rfm_FieldHandle const classTable = rom_CatalogFieldHandle(kRomCatalogClassTable);
+  rfm_FieldHandle const className = rom_CatalogFieldHandle(kRomCatalogClassName);
+  rfm_FieldHandle const baseClassId = rom_CatalogFieldHandle(kRomCatalogBaseClassId);
+  rfm_FieldHandle const classVersion = rom_CatalogFieldHandle(kRomCatalogClassVersion);
   // Files of the format before class versions give their enumerations
   // version 1 and every other class the caller's default.
   static char const kEnumerationClass[] = "omu_PrimEnum";
@@ -154,16 +155,16 @@ void rom_Transporter::FlushPCs() {
   for (cls_PC* container = m_PCRing.Next(); container != &m_PCRing; container = container->Next()) container->Flush();
 }
 
-void rom_Transporter::FlushClassTables() {
+void rom_Transporter::ForEachClassTable(int (rfm_Table::*action)() const) const {
   for (cls_PTrieIter<unsigned int, cow_CountedHld<rom_ClassBag>, 1> it(m_ClassBags); !it.IsDone(); it.Next())
-    if (it.CurrentValue().GetRef().HasTable()) it.CurrentValue().GetRef().Table().Flush();
+    if (it.CurrentValue().GetRef().HasTable()) (it.CurrentValue().GetRef().Table().*action)();
 }
 
 void rom_Transporter::Flush() {
   if (m_Database.ReadOnly()) return;
   rfm_ReaderSemaphoreProxy const readers(m_Database);
   FlushPCs();
-  FlushClassTables();
+  ForEachClassTable(&rfm_Table::Flush);
   m_Catalog.Flush();
   m_Database.Flush();
 }
@@ -177,8 +178,7 @@ void rom_Transporter::FlushDatabase() {
 
 int rom_Transporter::Snap() {
   if (!m_Database.Snap()) return 0;
-  for (cls_PTrieIter<unsigned int, cow_CountedHld<rom_ClassBag>, 1> it(m_ClassBags); !it.IsDone(); it.Next())
-    if (it.CurrentValue().GetRef().HasTable()) it.CurrentValue().GetRef().Table().Snap();
+  ForEachClassTable(&rfm_Table::Snap);
   m_Catalog.Snap();
   if (m_Database.ReadOnly()) ReadNewCatalogRows();
   return 1;

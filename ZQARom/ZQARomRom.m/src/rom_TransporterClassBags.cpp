@@ -8,6 +8,7 @@
 #include "cow_ConstMapIterator.h"
 #include "omi_BtreeIterator.h"
 #include "rfm_Row.h"
+#include "rom_CatalogFieldHandle.h"
 #include "rom_HeaderLayout.h"
 #include "rom_Transporter.h"
 #include "typ_ArchCompTable.h"
@@ -28,10 +29,6 @@ constexpr char kClassIdSuffix[] = "#ClassID";
 constexpr char kHandleSuffix[] = "#Handle";
 constexpr char kColumnsSuffix[] = "#Columns";
 constexpr char kHandle2Suffix[] = "#Handle2";
-
-cow_String Suffixed(cow_String const& name, char const* suffix) {
-  return cow_String((std::string(name.CStr()) + suffix).c_str());
-}
 
 // Defines the columns of one attribute and answers the first one's index,
 // or -1 for a type that cannot be stored.
@@ -59,21 +56,21 @@ int DefineAttributeColumns(rfm_TableMetadata& table, cls_AttributeMetadata const
     case cls_AttrObjectLazy:
     case cls_AttrInternalCow: {
       // Readers find the second column at the first's index plus one.
-      int const first = table.DefineIntField(Suffixed(name, kOidSuffix));
-      table.DefineIntField(Suffixed(name, kClassIdSuffix));
+      int const first = table.DefineIntField(name + kOidSuffix);
+      table.DefineIntField(name + kClassIdSuffix);
       return first;
     }
     case cls_AttrList: {
-      int const first = table.DefineHandleField(Suffixed(name, kHandleSuffix));
-      table.DefineIntField(Suffixed(name, kColumnsSuffix));
+      int const first = table.DefineHandleField(name + kHandleSuffix);
+      table.DefineIntField(name + kColumnsSuffix);
       return first;
     }
     case cls_AttrMap:
     case cls_AttrBlob:
-      return table.DefineHandleField(Suffixed(name, kHandleSuffix));
+      return table.DefineHandleField(name + kHandleSuffix);
     case cls_AttrDoubleCollection: {
-      int const first = table.DefineHandleField(Suffixed(name, kHandleSuffix));
-      table.DefineHandleField(Suffixed(name, kHandle2Suffix));
+      int const first = table.DefineHandleField(name + kHandleSuffix);
+      table.DefineHandleField(name + kHandle2Suffix);
       return first;
     }
     case cls_AttrLong:
@@ -162,12 +159,12 @@ void rom_Transporter::SetupTable(cls_ClassMetadata const& md) {
       bag.GetRef().SetTable(table);
       m_ClassHandles.Insert(md.ClassId(), table.Handle());
       rfm_Row const row = m_Catalog.NewRow();
-      row.WriteFieldInt(rfm_FieldHandle(kRomCatalogClassIdName, kRomCatalogClassId), static_cast<int>(md.ClassId()));
-      row.WriteFieldHandle(rfm_FieldHandle(kRomCatalogClassTableName, kRomCatalogClassTable), table.Handle());
-      row.WriteFieldString(rfm_FieldHandle(kRomCatalogClassNameName, kRomCatalogClassName), md.ClassName());
-      row.WriteFieldInt(rfm_FieldHandle(kRomCatalogBaseClassIdName, kRomCatalogBaseClassId),
+      row.WriteFieldInt(rom_CatalogFieldHandle(kRomCatalogClassId), static_cast<int>(md.ClassId()));
+      row.WriteFieldHandle(rom_CatalogFieldHandle(kRomCatalogClassTable), table.Handle());
+      row.WriteFieldString(rom_CatalogFieldHandle(kRomCatalogClassName), md.ClassName());
+      row.WriteFieldInt(rom_CatalogFieldHandle(kRomCatalogBaseClassId),
                         static_cast<int>(md.BaseClassId()));
-      row.WriteFieldInt(rfm_FieldHandle(kRomCatalogClassVersionName, kRomCatalogClassVersion), md.GetVersion());
+      row.WriteFieldInt(rom_CatalogFieldHandle(kRomCatalogClassVersion), md.GetVersion());
     }
   }
   m_ClassBags.Insert(md.ClassId(), bag);

@@ -9,6 +9,7 @@
 #include "rfm_Row.h"
 #include "rfm_Space.h"
 #include "rfm_TaggedStream.h"
+#include "rom_CatalogFieldHandle.h"
 #include "rom_HeaderLayout.h"
 #include "rom_TransporterMetadata.h"
 
@@ -26,7 +27,6 @@ constexpr int kUnknownClassVersionThreshold = 1651;
 
 [[noreturn]] void Corrupt(int line, char const* text) { nex_ThrowMessage(kSourcePath, line, atr_translate(text)); }
 
-rfm_FieldHandle CatalogField(char const* name, int index) { return rfm_FieldHandle(name, index); }
 }  // namespace
 
 rom_ZDBHeaderParser::rom_ZDBHeaderParser(rfm_Database& db)
@@ -161,8 +161,8 @@ unsigned int rom_ZDBHeaderParser::GetUpToDateStatus(cls_ClassRegistrar const& re
   m_Catalog.Seek(0);
   if (maxVersion != nullptr) *maxVersion = 0;
   unsigned int status = 0;
-  rfm_FieldHandle const classId = CatalogField(kRomCatalogClassIdName, kRomCatalogClassId);
-  rfm_FieldHandle const classVersion = CatalogField(kRomCatalogClassVersionName, kRomCatalogClassVersion);
+  rfm_FieldHandle const classId = rom_CatalogFieldHandle(kRomCatalogClassId);
+  rfm_FieldHandle const classVersion = rom_CatalogFieldHandle(kRomCatalogClassVersion);
   while (m_Catalog.RowExists(-1)) {
     rfm_Row const row = m_Catalog.ReadRow(-1);
     auto const id = static_cast<unsigned int>(row.ReadFieldInt(classId));

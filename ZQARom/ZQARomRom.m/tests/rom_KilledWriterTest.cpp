@@ -10,6 +10,7 @@
 #include "atr_SubstituteFormat.h"
 #include "nex_PrimException.h"
 #include "rfm_DyingFile.h"
+#include "rom_CatalogFieldHandle.h"
 #include "rom_KillWorkload.h"
 #include "zqa_KilledChild.h"
 #include "zqa_TestDir.h"
@@ -72,8 +73,6 @@ Death WatchWriter(std::function<rfm_File()> const& open, unsigned seed, long con
   return death;
 }
 
-rfm_FieldHandle CatalogField(char const* name, int index) { return rfm_FieldHandle(name, index); }
-
 // Checks class k's table: named after the class, holding between fewest and
 // most rows, each as written. Answers its rows. A write cut at a page
 // boundary can give the last extent of a table its growth without the link
@@ -121,12 +120,9 @@ std::string CheckFile(cow_String const& name, unsigned seed, Death const& death,
     // The classes are made in order, each with its catalogue row.
     for (int k = 0; k < std::min(classes, rom_Kill::kClasses); ++k) {
       rfm_Row const row = catalog.ReadRow(k);
-      EXPECT_EQ(static_cast<int>(rom_Kill::ClassId(k)), row.ReadFieldInt(CatalogField(kRomCatalogClassIdName,
-                                                                                      kRomCatalogClassId)));
-      EXPECT_EQ(rom_Kill::ClassName(k),
-                row.ReadFieldString(CatalogField(kRomCatalogClassNameName, kRomCatalogClassName)));
-      EXPECT_EQ(rom_Kill::ClassVersion(k),
-                row.ReadFieldInt(CatalogField(kRomCatalogClassVersionName, kRomCatalogClassVersion)));
+      EXPECT_EQ(static_cast<int>(rom_Kill::ClassId(k)), row.ReadFieldInt(rom_CatalogFieldHandle(kRomCatalogClassId)));
+      EXPECT_EQ(rom_Kill::ClassName(k), row.ReadFieldString(rom_CatalogFieldHandle(kRomCatalogClassName)));
+      EXPECT_EQ(rom_Kill::ClassVersion(k), row.ReadFieldInt(rom_CatalogFieldHandle(kRomCatalogClassVersion)));
       int const fewest = plan.RowsAfter(completed, k);
       partial = CheckClass(transporter, k, fewest, plan.RowsAfter(death.lastStep, k), cutWrite) != fewest || partial;
     }
