@@ -37,7 +37,8 @@ rom_ZDBHeaderParser::rom_ZDBHeaderParser(rfm_Database& db)
       m_UpdateVersion(0),
       m_ReleaseType(-1) {
   rfm_Handle const root = db.RootTableHandle();
-  auto const firstWord = static_cast<std::uint32_t>(db.Space(root, -1).ReadInt());
+  rfm_Space const rootSpace = db.Space(root, -1);
+  auto const firstWord = static_cast<std::uint32_t>(rootSpace.ReadInt());
   rom_TransporterMetadata::Instance().BindCatalog(db);
   switch (firstWord) {
     case kRfmTaggedStreamMagic:
@@ -50,9 +51,8 @@ rom_ZDBHeaderParser::rom_ZDBHeaderParser(rfm_Database& db)
       break;
     case kRomVersionSpaceMagic: {
       m_HeaderType = HeaderTypeVersionSpace;
-      rfm_Space const space = db.Space(root, -1);
-      space.Seek(4);
-      m_Version = space.ReadInt();
+      rootSpace.Seek(kRomVersionSpaceVersionOffset);
+      m_Version = rootSpace.ReadInt();
       m_Catalog = db.Table(db.RootTableHandle2(), -1, -1);
       break;
     }
