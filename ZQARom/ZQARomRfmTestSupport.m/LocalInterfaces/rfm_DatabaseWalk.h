@@ -43,6 +43,9 @@ public:
   static std::string WalkStored(cow_String const& name);
   // The items of the tagged stream at handle, one line each.
   static std::string WalkTaggedStream(rfm_Database const& database, rfm_Handle handle);
+  // How a walk writes a string: its length, then the text in quotes with
+  // any byte outside printable ASCII in hex.
+  static std::string Quoted(cow_String const& text);
 
 private:
   explicit rfm_DatabaseWalk(rfm_Database const& database) : m_Database(database) {}

@@ -43,26 +43,10 @@ std::string Bits(double value) {
   return text;
 }
 
-// A string with its length, and any byte outside printable ASCII in hex.
-std::string Quoted(cow_String const& text) {
-  std::string out = "[" + Decimal(text.Length()) + "]\"";
-  for (int i = 0; i < text.Length(); ++i) {
-    auto byte = static_cast<unsigned char>(text[i]);
-    if (byte >= 0x20 && byte < 0x7f && byte != '\\') {
-      out += static_cast<char>(byte);
-    } else {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-      out += escaped;
-    }
-  }
-  return out + "\"";
-}
-
 std::string Value(int value) { return Decimal(value); }
 std::string Value(float value) { return Bits(value); }
 std::string Value(double value) { return Bits(value); }
-std::string Value(cow_String const& value) { return Quoted(value); }
+std::string Value(cow_String const& value) { return rfm_DatabaseWalk::Quoted(value); }
 
 }  // namespace
 
@@ -313,4 +297,19 @@ void rfm_DatabaseWalk::LocationReport() {
     utl_FileOffset offset = utl_FileOffset(probe) * kLocationStep;
     Line("location " + Decimal(offset) + " " + Quoted(m_Database.GetObjectLocationReport(offset)));
   }
+}
+
+std::string rfm_DatabaseWalk::Quoted(cow_String const& text) {
+  std::string out = "[" + Decimal(text.Length()) + "]\"";
+  for (int i = 0; i < text.Length(); ++i) {
+    auto byte = static_cast<unsigned char>(text[i]);
+    if (byte >= 0x20 && byte < 0x7f && byte != '\\') {
+      out += static_cast<char>(byte);
+    } else {
+      char escaped[8];
+      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
+      out += escaped;
+    }
+  }
+  return out + "\"";
 }

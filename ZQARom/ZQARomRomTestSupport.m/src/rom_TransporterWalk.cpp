@@ -2,6 +2,7 @@
 
 #include "cow_ConstMapIterator.h"
 #include "omi_BtreeIterator.h"
+#include "rfm_DatabaseWalk.h"
 #include "rfm_Row.h"
 #include "rom_HeaderLayout.h"
 #include "rom_Transporter.h"
@@ -60,22 +61,6 @@ std::string Bits(T value) {
   return text;
 }
 
-// A string with its length, and any byte outside printable ASCII in hex.
-std::string Quoted(cow_String const& text) {
-  std::string out = "[" + std::to_string(text.Length()) + "]\"";
-  for (int i = 0; i < text.Length(); ++i) {
-    auto const byte = static_cast<unsigned char>(text[i]);
-    if (byte >= 0x20 && byte < 0x7f && byte != '\\') {
-      out += static_cast<char>(byte);
-    } else {
-      char escaped[8];
-      std::snprintf(escaped, sizeof escaped, "\\x%02x", byte);
-      out += escaped;
-    }
-  }
-  return out + "\"";
-}
-
 std::string Value(rfm_Row const& row, rfm_FieldHandle const& field, rfm_Type type) {
   if (!row.DataIsPresent(field)) return "-";
   switch (type) {
@@ -84,7 +69,7 @@ std::string Value(rfm_Row const& row, rfm_FieldHandle const& field, rfm_Type typ
     case rfm_TypeDouble:
       return Bits(row.ReadFieldDouble(field));
     case rfm_TypeString:
-      return Quoted(row.ReadFieldString(field));
+      return rfm_DatabaseWalk::Quoted(row.ReadFieldString(field));
     case rfm_TypeHandle:
       return "@" + std::to_string(row.ReadFieldHandle(field).Value());
     default:
@@ -131,7 +116,8 @@ std::string rom_TransporterWalk::Walk(cow_String const& name, cls_ClassRegistrar
       continue;
     }
     walk.Line("class " + std::string(md.ClassName().CStr()) + " table " +
-              Quoted(bag.Table().TableMetadata().TableName()) + " rows " + std::to_string(bag.Table().Length()));
+              rfm_DatabaseWalk::Quoted(bag.Table().TableMetadata().TableName()) + " rows " +
+              std::to_string(bag.Table().Length()));
     walk.Rows(md, bag);
   }
   if (access == kForUpdate) transporter.Flush();
