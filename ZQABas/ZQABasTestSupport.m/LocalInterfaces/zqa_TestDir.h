@@ -57,6 +57,11 @@ private:
 // Starts body in a forked child that runs beside the caller; its exit status
 // (as zqa_RunInChild's) comes from zqa_WaitChild.
 int zqa_StartChild(std::function<void()> const& body);
+
+// For checks that run in a child process, where a failed expectation would
+// not reach the test: raises what when the condition fails, which ends the
+// child with a failure.
+void zqa_Require(bool condition, std::string const& what);
 int zqa_WaitChild(int child);
 
 #endif

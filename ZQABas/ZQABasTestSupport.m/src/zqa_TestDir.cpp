@@ -95,3 +95,7 @@ int zqa_WaitChild(int child) {
 int zqa_RunInChild(std::function<void()> const& body, bool unprivileged) {
   return zqa_WaitChild(Start(body, unprivileged));
 }
+
+void zqa_Require(bool condition, std::string const& what) {
+  if (!condition) throw std::runtime_error(what);
+}

@@ -19,7 +19,6 @@
 #include <climits>
 #include <cmath>
 #include <cstdio>
-#include <stdexcept>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -53,10 +52,6 @@ std::string ReadSpace(rfm_Database const& database, rfm_Handle handle) {
   std::string text(static_cast<std::size_t>(space.Length()), '\0');
   if (!text.empty()) space.Read(text.data(), static_cast<int>(text.size()));
   return text;
-}
-
-void Require(bool condition, char const* what) {
-  if (!condition) throw std::runtime_error(what);
 }
 
 }  // namespace
@@ -509,22 +504,22 @@ TEST(DatabasePlainFileTest, ReaderProcessSeesAWritersWorkOnlyAfterFlushAndSnap) 
     int status = 0;
     try {
       rfm_Database reader = OpenTestDatabase(name, utl_FileAccessRead);
-      Require(ReadSpace(reader, first) == "one", "first contents");
+      zqa_Require(ReadSpace(reader, first) == "one", "first contents");
       toParent.Send();
       toChild.Wait();  // the writer has written without flushing
-      Require(!reader.Snap(), "snap before any flush");
-      Require(ReadSpace(reader, first) == "one", "unflushed bytes seen");
-      Require(!FileRepr(reader).HandleOk(rfm_Handle(first.Value() + 1)), "unflushed object seen");
+      zqa_Require(!reader.Snap(), "snap before any flush");
+      zqa_Require(ReadSpace(reader, first) == "one", "unflushed bytes seen");
+      zqa_Require(!FileRepr(reader).HandleOk(rfm_Handle(first.Value() + 1)), "unflushed object seen");
       toParent.Send();
       toChild.Wait();  // the writer has flushed
-      Require(reader.Snap(), "snap after a flush");
-      Require(!reader.Snap(), "second snap for one flush");
-      Require(ReadSpace(reader, first) == "onetwo", "flushed bytes");
-      Require(ReadSpace(reader, rfm_Handle(first.Value() + 1)) == "second", "flushed object");
+      zqa_Require(reader.Snap(), "snap after a flush");
+      zqa_Require(!reader.Snap(), "second snap for one flush");
+      zqa_Require(ReadSpace(reader, first) == "onetwo", "flushed bytes");
+      zqa_Require(ReadSpace(reader, rfm_Handle(first.Value() + 1)) == "second", "flushed object");
       toParent.Send();
       toChild.Wait();  // two more flushes
-      Require(reader.Snap(), "snap after two flushes");
-      Require(!reader.Snap(), "snap repeated");
+      zqa_Require(reader.Snap(), "snap after two flushes");
+      zqa_Require(!reader.Snap(), "snap repeated");
     } catch (...) {
       status = 1;
     }

@@ -14,7 +14,6 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,11 +25,6 @@ using Message = nex_PrimException<atr_String, 1>;
 using Assertion = nex_PrimException<cow_String, 3>;
 
 char const kUrl[] = "zbxrdb://farhost:7001//data/job.zdb";
-
-// For checks that run in a child process: raise when the condition fails.
-void Require(bool condition, char const* what) {
-  if (!condition) throw std::runtime_error(what);
-}
 
 // Sets an environment variable for the lifetime of a scope.
 class ScopedEnv {
@@ -169,19 +163,19 @@ TEST(FileTest, PermissionsAreCheckedBeforeOpening) {
         std::string const notReadable = std::string("*** ERROR: No permission to read: ") + unreadable.CStr() + ".";
         try {
           rfm_File::Open(unreadable, utl_FileAccessRead, false);
-          Require(false, "opened an unreadable file");
+          zqa_Require(false, "opened an unreadable file");
         } catch (rfm_FileNotReadable const& e) {
-          Require(notReadable == e.what(), "wrong text for an unreadable file");
+          zqa_Require(notReadable == e.what(), "wrong text for an unreadable file");
         }
         try {
           rfm_File::Open(readOnly, utl_FileAccessUpdate, false);
-          Require(false, "opened a read-only file for update");
+          zqa_Require(false, "opened a read-only file for update");
         } catch (rfm_FileReadOnlyExc const& e) {
           std::string const text = std::string("*** ERROR: Attempt to write to read-only file:\n  ") + readOnly.CStr();
-          Require(text == e.what(), "wrong text for a read-only file");
+          zqa_Require(text == e.what(), "wrong text for a read-only file");
         }
         rfm_File reader = rfm_File::Open(readOnly, utl_FileAccessRead, false);
-        Require(reader.ReadOnly(), "reader not read-only");
+        zqa_Require(reader.ReadOnly(), "reader not read-only");
       },
       true);
   EXPECT_EQ(0, status);
@@ -208,23 +202,23 @@ TEST(FileTest, WhatIsNoRegularFileIsRefusedWithoutBlocking) {
       for (int access : {utl_FileAccessRead, utl_FileAccessUpdate, utl_FileAccessCreate}) {
         try {
           rfm_File::Open(name, static_cast<utl_FileAccess>(access), false);
-          Require(false, "opened what is no regular file");
+          zqa_Require(false, "opened what is no regular file");
         } catch (Message const& e) {
-          Require(refused == e.what(), e.what());
+          zqa_Require(refused == e.what(), e.what());
         }
       }
       try {
         rfm_File::CreateCompressed(name);
-        Require(false, "created a compressed file on what is no regular file");
+        zqa_Require(false, "created a compressed file on what is no regular file");
       } catch (Message const& e) {
-        Require(refused == e.what(), e.what());
+        zqa_Require(refused == e.what(), e.what());
       }
     }
     rfm_Database::Create(rfm_File::Open(watched, utl_FileAccessCreate, false), "APP", "watched", 1);
     rfm_Database reader = rfm_Database::Open(rfm_File::Open(watched, utl_FileAccessRead, false), "");
-    Require(reader.FileStatus() == rfm_FileStatus::kUnchanged, "a new reader sees a change");
-    Require(::rename(nextFifo.CStr(), watched.CStr()) == 0, "rename");
-    Require(reader.FileStatus() == rfm_FileStatus::kUnreadable, "a FIFO in the file's place is not unreadable");
+    zqa_Require(reader.FileStatus() == rfm_FileStatus::kUnchanged, "a new reader sees a change");
+    zqa_Require(::rename(nextFifo.CStr(), watched.CStr()) == 0, "rename");
+    zqa_Require(reader.FileStatus() == rfm_FileStatus::kUnreadable, "a FIFO in the file's place is not unreadable");
   });
   EXPECT_EQ(0, status);
 }

@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <stdexcept>
 #include <thread>
 #include <unistd.h>
 
@@ -15,10 +14,6 @@ namespace {
 
 constexpr int kBatch = 300;
 constexpr int kBatches = 12;
-
-void Require(bool condition, char const* what) {
-  if (!condition) throw std::runtime_error(what);
-}
 
 rfm_TableMetadata Samples() {
   rfm_TableMetadata table("Samples", 1);
@@ -41,7 +36,7 @@ void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHand
   int transactions = 0;
   auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (seen < kBatch * kBatches) {
-    Require(std::chrono::steady_clock::now() < deadline, "the writer's last batch never arrived");
+    zqa_Require(std::chrono::steady_clock::now() < deadline, "the writer's last batch never arrived");
     rfm_FileStatus::RfmFileStatus status = database.FileStatus();
     if (status == rfm_FileStatus::kInTransaction) {
       ++transactions;
@@ -49,16 +44,16 @@ void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHand
       table.Snap();
       array.Snap();
       int rows = table.Length();
-      Require(rows >= seen && rows % kBatch == 0, "rows beyond the last flush, or a partial batch");
-      Require(array.Length() == rows, "table and array flushed apart");
+      zqa_Require(rows >= seen && rows % kBatch == 0, "rows beyond the last flush, or a partial batch");
+      zqa_Require(array.Length() == rows, "table and array flushed apart");
       std::vector<double> values(static_cast<std::size_t>(rows));
       array.Seek(0);
-      if (rows > 0) Require(array.Read(values.data(), rows) == rows, "array read");
+      if (rows > 0) zqa_Require(array.Read(values.data(), rows) == rows, "array read");
       for (int i = 0; i < rows; ++i) {
         rfm_Row row = table.ReadRow(i);
-        Require(row.ReadFieldInt(rfm_FieldHandle(0)) == i, "row contents");
-        Require(row.ReadFieldDouble(rfm_FieldHandle(1)) == i * 0.5, "row contents");
-        Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array contents");
+        zqa_Require(row.ReadFieldInt(rfm_FieldHandle(0)) == i, "row contents");
+        zqa_Require(row.ReadFieldDouble(rfm_FieldHandle(1)) == i * 0.5, "row contents");
+        zqa_Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array contents");
       }
       seen = rows;
       ++snaps;
@@ -67,8 +62,8 @@ void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHand
   }
   // The reader followed the writer along, not only its end, and saw its
   // transactions marked.
-  Require(snaps > kBatches / 2, "too few flushes seen");
-  Require(transactions > 0, "no transaction seen");
+  zqa_Require(snaps > kBatches / 2, "too few flushes seen");
+  zqa_Require(transactions > 0, "no transaction seen");
 }
 
 }  // namespace

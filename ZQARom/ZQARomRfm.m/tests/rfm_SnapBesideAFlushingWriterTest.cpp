@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,10 +34,6 @@ constexpr int kSnapsPerOpen = 50;
 rfm_FieldHandle const kIndex(0);
 rfm_FieldHandle const kLabel(1);
 rfm_FieldHandle const kValue(2);
-
-void Require(bool condition, std::string const& what) {
-  if (!condition) throw std::runtime_error(what);
-}
 
 rfm_TableMetadata Samples() {
   rfm_TableMetadata table("Samples", 1);
@@ -81,19 +76,19 @@ struct ReaderCounts {
 // Checks the rows and elements from seen on, and returns how many there are.
 int CheckNewRows(rfm_Table const& table, rfm_Array<double, rfm_TypeDouble> const& array, int seen) {
   int rows = table.Length();
-  Require(rows >= seen && rows <= kRows, "row count went back or beyond the writer's");
+  zqa_Require(rows >= seen && rows <= kRows, "row count went back or beyond the writer's");
   for (int i = seen; i < rows; ++i) {
     rfm_Row row = table.ReadRow(i);
-    Require(row.ReadFieldInt(kIndex) == i, "row index");
-    Require(row.ReadFieldString(kLabel) == Label(i), "row label");
-    Require(row.ReadFieldDouble(kValue) == i * 0.5, "row value");
+    zqa_Require(row.ReadFieldInt(kIndex) == i, "row index");
+    zqa_Require(row.ReadFieldString(kLabel) == Label(i), "row label");
+    zqa_Require(row.ReadFieldDouble(kValue) == i * 0.5, "row value");
   }
   int elements = array.Length();
-  Require(elements <= kRows, "array beyond the writer's");
+  zqa_Require(elements <= kRows, "array beyond the writer's");
   std::vector<double> values(static_cast<std::size_t>(elements));
   array.Seek(0);
-  if (elements > 0) Require(array.Read(values.data(), elements) == elements, "array read");
-  for (int i = 0; i < elements; ++i) Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array value");
+  if (elements > 0) zqa_Require(array.Read(values.data(), elements) == elements, "array read");
+  for (int i = 0; i < elements; ++i) zqa_Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array value");
   return rows;
 }
 
@@ -108,7 +103,7 @@ void EagerReader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arra
   int seen = 0;
   auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
   while (seen < kRows) {
-    Require(std::chrono::steady_clock::now() < deadline, "the writer's last row never arrived");
+    zqa_Require(std::chrono::steady_clock::now() < deadline, "the writer's last row never arrived");
     database.FileStatus();
     if (++counts.snaps % kSnapsPerOpen == 0) {
       rfm_Database fresh = OpenTestDatabase(name, utl_FileAccessRead);
