@@ -55,7 +55,9 @@ enum rom_HeaderTag {
 
 constexpr int kRomHeaderVersion = 0x332;
 
-constexpr char kRomCatalogName[] = "##Catalog";
+// Names are inline, one object for the whole program, so that inline
+// functions may refer to them.
+inline constexpr char kRomCatalogName[] = "##Catalog";
 
 enum rom_CatalogField {
   kRomCatalogClassId = 0,
@@ -65,16 +67,16 @@ enum rom_CatalogField {
   kRomCatalogClassVersion = 4,
 };
 
-constexpr char kRomCatalogClassIdName[] = "Class ID";
-constexpr char kRomCatalogClassTableName[] = "Class Table";
-constexpr char kRomCatalogClassNameName[] = "Class Name";
-constexpr char kRomCatalogBaseClassIdName[] = "Base Class ID";
-constexpr char kRomCatalogClassVersionName[] = "Class Version";
+inline constexpr char kRomCatalogClassIdName[] = "Class ID";
+inline constexpr char kRomCatalogClassTableName[] = "Class Table";
+inline constexpr char kRomCatalogClassNameName[] = "Class Name";
+inline constexpr char kRomCatalogBaseClassIdName[] = "Base Class ID";
+inline constexpr char kRomCatalogClassVersionName[] = "Class Version";
 
 // The class id that means no class: no base class, or a null reference.
 constexpr unsigned int kRomNoClass = 1;
 
-constexpr char kRomBaseClassOidName[] = "##BaseClassOID";
+inline constexpr char kRomBaseClassOidName[] = "##BaseClassOID";
 
 // The object layer's own classes, which hold anonymous collections.
 constexpr unsigned int kRomInternalListClass = 0x230001;
