@@ -2,9 +2,12 @@
 #define rom_ClassBag_h
 
 #include "ZQABasExport.h"
+#include "rfm_FieldHandle.h"
 #include "rfm_Table.h"
 
 #include <vector>
+
+class cls_FieldHandle;
 
 // What a transporter keeps of one class it has touched: the class's open
 // table (none for a class that stores nothing) and the map from the class's
@@ -28,7 +31,16 @@ public:
   void SetFieldMapEntry(int entryIndex, int column);
   int MapField(int entryIndex) const;
 
+  // The column of a member: by index when the map has its field id, else by
+  // name (a field id beyond the map belongs to no attribute of the class's
+  // version here; a table of another version may still have the name).
+  rfm_FieldHandle Column(cls_FieldHandle const& field) const;
+  // The two columns of a reference member: the object id's and, right after
+  // it, the class id's.
+  void ReferenceColumns(cls_FieldHandle const& field, rfm_FieldHandle& oid, rfm_FieldHandle& classId) const;
+
 private:
+  int ColumnIndex(int fieldId) const;
   void CheckEntry(int entryIndex) const;
 
   rfm_Table m_Table;

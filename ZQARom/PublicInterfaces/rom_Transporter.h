@@ -15,8 +15,15 @@
 #include "rfm_Table.h"
 #include "rfm_TableMetadata.h"
 #include "rom_ClassBag.h"
+#include "rom_CowBarn.h"
+#include "rom_History.h"
 #include "rom_TransporterBase.h"
 
+#include <vector>
+
+class cls_CowValue;
+class cls_Uid;
+class rom_MementoWrite;
 class rom_PtrBarn;
 class rom_ZDBHeaderParser;
 class rom_WIPInterface;
@@ -53,6 +60,9 @@ public:
   rom_PtrBarn* SetPtrBarn(rom_PtrBarn* barn);
   rom_WriteRecord* SetWriteRecord(rom_WriteRecord* record);
   rom_PtrBarn* PtrBarn() const { return m_PtrBarn; }
+  rom_History& History() { return m_History; }
+  rom_CowBarn& CowBarn() { return m_CowBarn; }
+  cls_ClassRegistrar const& Registrar() const { return *m_Registrar; }
   rom_WriteRecord* WriteRecord() const { return m_WriteRecord; }
   void SetWIPInterface(rom_WIPInterface* wip) { m_WIP = wip; }
   rom_WIPInterface* WIPInterface() const { return m_WIP; }
@@ -91,6 +101,24 @@ public:
   int GetNextVersion(unsigned int cid, int version) const;
 
   void CheckInheritence(unsigned int derived, unsigned int base);
+
+  // The memento of the row of the object uid of class cid, referred to from
+  // a collection's row, whose first two columns are the object id and the
+  // class id; null when nothing more is to be written (a class without a
+  // table, or, with ptr in the current pointer barn, an object written
+  // already in this output).
+  rom_MementoWrite* MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid);
+  rom_MementoWrite* MakeRefMementoWithPtr(rfm_Row& row, unsigned int cid, cls_Uid const& uid, void const* ptr);
+
+  // Builds the object in row oid of class cid, as cid's constructor does,
+  // and answers it; the caller owns it.
+  void* ReallyReadObjPtr(int oid, unsigned int cid, cls_Uid const& uid);
+  // The object in row oid of class cid, which must be expected or derive
+  // from it: the current pointer barn's, else a new one (kept in the barn if
+  // there is one); the shared value of the cow barn, else a new one kept
+  // there. A class that builds nothing answers null or the empty value.
+  void* CheckReadObjPtr(int oid, unsigned int cid, unsigned int expected);
+  cls_CowValue const& CheckReadObjCow(int oid, unsigned int cid, unsigned int expected);
   void CheckCollectionType(cls_CollectionType implemented, unsigned int cid, cow_String const& member) const;
 
   rfm_Database const& Database() const { return m_Database; }
@@ -111,6 +139,9 @@ private:
   rom_ClassBag* FindBag(unsigned int cid) const;
   // Runs action on the table of every class bag that has one, in class id order.
   void ForEachClassTable(int (rfm_Table::*action)() const) const;
+  // The identity of the object in row oid of class cid: its history's, or a
+  // new one entered there.
+  cls_Uid RowIdentity(unsigned int cid, int oid);
 
   cls_ClassRegistrar const* m_Registrar;
   cls_ClassRegistrar m_InternalRegistrar;
@@ -126,12 +157,17 @@ private:
   int m_MinorVersion = 0;
   int m_UpdateVersion = 0;
   int m_ReleaseType = -1;
+  rom_History m_History;
+  rom_CowBarn m_CowBarn;
   cls_PC m_PCRing;
   cow_Map<int, int> m_MapClassID2ParentID;
   int m_CatalogRowsRead = 0;
   rom_PtrBarn* m_PtrBarn = nullptr;
   rom_WriteRecord* m_WriteRecord = nullptr;
   rom_WIPInterface* m_WIP = nullptr;
+  // The rows whose objects are being built, innermost last: a reference
+  // back to one of them is a cycle, which building would follow for ever.
+  std::vector<rom_CidOid> m_Building;
 };
 
 #endif

@@ -59,8 +59,11 @@ public:
   virtual void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) = 0;
   virtual cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) = 0;
 
-protected:
+  // Who deletes a memento: the visitor that receives it, or its creator
+  // (a root memento on the creator's stack).
   enum Ownership { kOwnedByVisitor, kOwnedByCreator };
+
+protected:
   explicit cls_MementoRead(Ownership ownership) : m_Ownership(ownership) {}
 
 private:

@@ -66,8 +66,11 @@ public:
   virtual void StartSharedPtrOutput() = 0;
   virtual void EndSharedPtrOutput() = 0;
 
-protected:
+  // Who deletes a memento: the visitor that receives it, or its creator
+  // (a root memento on the creator's stack).
   enum Ownership { kOwnedByVisitor, kOwnedByCreator };
+
+protected:
   explicit cls_MementoWrite(Ownership ownership) : m_Ownership(ownership) {}
 
 private:

@@ -77,6 +77,14 @@ inline constexpr char kRomCatalogClassVersionName[] = "Class Version";
 constexpr unsigned int kRomNoClass = 1;
 
 inline constexpr char kRomBaseClassOidName[] = "##BaseClassOID";
+// It is a derived table's first column.
+constexpr int kRomBaseClassOidColumn = 0;
+
+// A reference takes two int columns, the attribute's name with these
+// suffixes, the class id's right after the object id's. The stored null
+// reference is object id -1 with kRomNoClass; any negative object id is null.
+inline constexpr char kRomOidSuffix[] = "#OID";
+inline constexpr char kRomClassIdSuffix[] = "#ClassID";
 
 // The object layer's own classes, which hold anonymous collections.
 constexpr unsigned int kRomInternalListClass = 0x230001;

@@ -1,6 +1,8 @@
 #include "rom_ClassBag.h"
 
 #include "ZQABasAssert.h"
+#include "cls_FieldHandle.h"
+#include "rom_HeaderLayout.h"
 
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_ClassBag";
@@ -24,4 +26,26 @@ int rom_ClassBag::MapField(int entryIndex) const {
   if (m_IndexMap.empty() || entryIndex < 0) return -1;
   CheckEntry(entryIndex);
   return m_IndexMap[static_cast<std::size_t>(entryIndex)];
+}
+
+int rom_ClassBag::ColumnIndex(int fieldId) const {
+  return fieldId >= 0 && fieldId < m_IndexMapArraySize ? m_IndexMap[static_cast<std::size_t>(fieldId)] : -1;
+}
+
+rfm_FieldHandle rom_ClassBag::Column(cls_FieldHandle const& field) const {
+  int const index = ColumnIndex(field.FieldId());
+  // By index the record store looks at no name: none is copied.
+  return index >= 0 ? rfm_FieldHandle(index) : rfm_FieldHandle(field.Name(), -1);
+}
+
+void rom_ClassBag::ReferenceColumns(cls_FieldHandle const& field, rfm_FieldHandle& oid,
+                                    rfm_FieldHandle& classId) const {
+  int const index = ColumnIndex(field.FieldId());
+  if (index >= 0) {
+    oid = rfm_FieldHandle(index);
+    classId = rfm_FieldHandle(index + 1);
+  } else {
+    oid = rfm_FieldHandle(field.Name(), kRomOidSuffix, -1);
+    classId = rfm_FieldHandle(field.Name(), kRomClassIdSuffix, -1);
+  }
 }

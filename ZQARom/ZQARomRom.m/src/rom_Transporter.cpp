@@ -54,6 +54,8 @@ rom_Transporter::~rom_Transporter() {
   // A container that stays in the ring after Disconnect would be asked
   // again for ever: cls_PC's own Disconnect leaves it.
   while (m_PCRing.IsLinked()) m_PCRing.Next()->Disconnect();
+  // Cached objects end while their class metadata and the database exist.
+  m_CowBarn.Clear();
   m_ClassBags.Clear();
   m_ClassHandles.Clear();
   // A destructor cannot raise: a failure is told on standard error, unless

@@ -24,8 +24,6 @@ char const kBadAttributeType[] = "rom_Transporter::GetTable - Invalid or unsuppo
 
 // The suffixes of the columns an attribute of a reference or collection type
 // takes after its name.
-constexpr char kOidSuffix[] = "#OID";
-constexpr char kClassIdSuffix[] = "#ClassID";
 constexpr char kHandleSuffix[] = "#Handle";
 constexpr char kColumnsSuffix[] = "#Columns";
 constexpr char kHandle2Suffix[] = "#Handle2";
@@ -56,8 +54,8 @@ int DefineAttributeColumns(rfm_TableMetadata& table, cls_AttributeMetadata const
     case cls_AttrObjectLazy:
     case cls_AttrInternalCow: {
       // Readers find the second column at the first's index plus one.
-      int const first = table.DefineIntField(name + kOidSuffix);
-      table.DefineIntField(name + kClassIdSuffix);
+      int const first = table.DefineIntField(name + kRomOidSuffix);
+      table.DefineIntField(name + kRomClassIdSuffix);
       return first;
     }
     case cls_AttrList: {
@@ -124,7 +122,7 @@ rom_ClassBag& rom_Transporter::GetClassBagForRead(unsigned int cid) {
   // Reading never makes a table: a table of the class's name that the
   // catalogue does not lead to is not the class's, and a new empty one made
   // beside it would read as a class without objects.
-  if (!m_Database.HasTable(md.ClassName()) || !m_ClassHandles.IsMember(cid))
+  if (!IsMarker(md) && (!m_Database.HasTable(md.ClassName()) || !m_ClassHandles.IsMember(cid)))
     Raise(__LINE__, atr_SubstituteFormat(atr_translate("rom_Transporter::GetClassBagForRead - Table for class \"%s\" "
                                                        "is missing from the database: %s. The database is corrupt."),
                                          md.ClassName(), m_FileName));

@@ -1,0 +1,68 @@
+#ifndef rom_MementoRead_h
+#define rom_MementoRead_h
+
+#include "ZQABasExport.h"
+#include "cls_MementoRead.h"
+#include "cls_Uid.h"
+#include "rfm_FieldHandle.h"
+#include "rfm_Row.h"
+
+class rom_ClassBag;
+class rom_Transporter;
+
+// One row of one class table while a class's reading constructor pulls its
+// members out: the object layer's read memento. Members that are objects
+// are built as the class stored in the row, found in the transporter's
+// barns when they were built already.
+//
+// A member the row's table lacks (a file of an older class version), or in
+// which the row holds no data, reads as the value the caller passed; a class
+// without a table has no row, and every member of it reads so.
+class ZQA_EXPORT rom_MementoRead : public cls_MementoRead {
+public:
+  // Row oid of class cid, which must exist; uid is the object's identity.
+  rom_MementoRead(rom_Transporter& transporter, unsigned int cid, int oid, cls_Uid const& uid);
+  ~rom_MementoRead() override;
+
+  void const* DbId() const override;
+  cls_Uid const& GetUid() const override { return m_Uid; }
+  bool FieldIsPresent(cls_FieldHandle const& field) const override;
+  bool DataIsPresent(cls_FieldHandle const& field) const override;
+  bool ObjIsPresent(cls_FieldHandle const& field) const override;
+  cls_MementoRead* MakeReadObj(cls_FieldHandle const& field) override;
+  cls_MementoRead* MakeBaseReadObj() override;
+
+  bool Read(cls_FieldHandle const& field, bool const& type) override;
+  char Read(cls_FieldHandle const& field, char const& type) override;
+  unsigned char Read(cls_FieldHandle const& field, unsigned char const& type) override;
+  short Read(cls_FieldHandle const& field, short const& type) override;
+  unsigned short Read(cls_FieldHandle const& field, unsigned short const& type) override;
+  int Read(cls_FieldHandle const& field, int const& type) override;
+  unsigned int Read(cls_FieldHandle const& field, unsigned int const& type) override;
+  float Read(cls_FieldHandle const& field, float const& type) override;
+  double Read(cls_FieldHandle const& field, double const& type) override;
+  cow_String Read(cls_FieldHandle const& field, cow_String const& type) override;
+  // Always raises: an enumeration persists as its text.
+  int ReadEnumAsInt(cls_FieldHandle const& field) override;
+
+  void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) override;
+  cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) override;
+
+  unsigned int ClassId() const { return m_Cid; }
+  int Oid() const { return m_Row.IsNull() ? -1 : m_Row.Location(); }
+
+private:
+  // The reference in field; false for a null one.
+  bool ReadReference(cls_FieldHandle const& field, unsigned int& cid, int& oid) const;
+  // The memento of the row (cid, oid) with the identity its history gives it.
+  rom_MementoRead* MakeMemento(unsigned int cid, int oid);
+  int ReadInt(cls_FieldHandle const& field, int absent) const;
+
+  rom_Transporter* m_Transporter;
+  rom_ClassBag const* m_Bag;
+  rfm_Row m_Row;
+  unsigned int m_Cid;
+  cls_Uid m_Uid;
+};
+
+#endif

@@ -1,0 +1,69 @@
+#include "rom_CowBarn.h"
+
+#include "cls_ClassMetadata.h"
+#include "cls_PTrieIter.h"
+#include "cls_Static.h"
+
+#include <vector>
+
+rom_CowBarnStall::rom_CowBarnStall(rom_CidOid const& row, cls_CowValue const& value,
+                                   cls_ClassMetadata const& metadata)
+    : m_Row(row), m_Value(value), m_Metadata(&metadata) {}
+
+rom_CowBarnStall::~rom_CowBarnStall() { m_Metadata->DeleteCow(&m_Value); }
+
+rom_CowBarnStall const* rom_CowBarn::Stall(cls_CowValue const& value) const {
+  auto const* leaf = m_ByAddress.ConstGetPtr(value.Address());
+  return leaf != nullptr ? leaf->Value().ConstGet() : nullptr;
+}
+
+rom_CowBarnStall const* rom_CowBarn::Stall(unsigned int cid, int oid) const {
+  auto const* leaf = m_ById.ConstGetPtr(rom_CidOid(cid, oid));
+  return leaf != nullptr ? leaf->Value().ConstGet() : nullptr;
+}
+
+cls_CowValue const& rom_CowBarn::Insert(unsigned int cid, int oid, cls_CowValue const& value,
+                                        cls_ClassMetadata const& metadata) {
+  if (m_Cleaning) return cls_Static::ConstIntCOW();
+  Stall_ const stall(new rom_CowBarnStall(rom_CidOid(cid, oid), value, metadata));
+  // The stalls put out are held here until both tries are consistent: their
+  // ends run the objects' destructors, which may ask the barn.
+  Stall_ byAddress;
+  Stall_ byId;
+  if (rom_CowBarnStall const* old = Stall(value)) Remove(*old, byAddress);
+  if (rom_CowBarnStall const* old = Stall(cid, oid)) Remove(*old, byId);
+  m_ByAddress.Insert(value.Address(), stall);
+  m_ById.Insert(stall.ConstGet()->Row(), stall);
+  return stall.ConstGet()->Value();
+}
+
+void rom_CowBarn::Remove(rom_CowBarnStall const& stall, Stall_& keep) {
+  keep = m_ById.ConstGet(stall.Row());
+  m_ById.Remove(stall.Row());
+  m_ByAddress.Remove(stall.Value().Address());
+}
+
+void rom_CowBarn::CleanStalls() {
+  m_Cleaning = true;
+  for (;;) {
+    rom_CowBarnStall const* alone = nullptr;
+    for (cls_PTrieIter<rom_CidOid, Stall_, 2> it(m_ById); !it.IsDone() && alone == nullptr; it.Next())
+      if (it.CurrentValue().ConstGet()->Value().ReferenceCount() == 1) alone = it.CurrentValue().ConstGet();
+    if (alone == nullptr) break;
+    // The walk starts again after the end of the stall's object, which may
+    // leave others held by the barn alone.
+    Stall_ gone;
+    Remove(*alone, gone);
+  }
+  m_Cleaning = false;
+}
+
+void rom_CowBarn::Clear() {
+  std::vector<Stall_> stalls;
+  stalls.reserve(static_cast<std::size_t>(m_ById.Size()));
+  for (cls_PTrieIter<rom_CidOid, Stall_, 2> it(m_ById); !it.IsDone(); it.Next()) stalls.push_back(it.CurrentValue());
+  m_ById.Clear();
+  m_ByAddress.Clear();
+  // The objects end here, with both tries empty and consistent.
+  stalls.clear();
+}

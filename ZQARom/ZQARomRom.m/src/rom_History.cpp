@@ -1,0 +1,67 @@
+#include "rom_History.h"
+
+#include "ZQABasAssert.h"
+#include "cls_PTrieIter.h"
+#include "rom_HistoryEntry.h"
+
+#include <vector>
+
+namespace {
+char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_History";
+}
+
+rom_History::~rom_History() {
+  // The entries are taken out of the map before any of them ends: an
+  // entry's end would otherwise change the map under the walk.
+  std::vector<rom_HistoryEntry*> entries;
+  entries.reserve(static_cast<std::size_t>(m_CidOid2EntryMap.Size()));
+  for (cls_PTrieIter<rom_CidOid, rom_HistoryEntry*, 2> it(m_CidOid2EntryMap); !it.IsDone(); it.Next())
+    entries.push_back(it.CurrentValue());
+  m_Destroying = true;
+  m_CidOid2EntryMap.Clear();
+  for (rom_HistoryEntry* entry : entries) delete entry;
+}
+
+rom_HistoryEntry* rom_History::GetEntry(unsigned int cid, int oid) const {
+  auto const* leaf = m_CidOid2EntryMap.ConstGetPtr(rom_CidOid(cid, oid));
+  return leaf != nullptr ? leaf->Value() : nullptr;
+}
+
+rom_HistoryEntry* rom_History::GetEntry(cls_Uid const& uid) const {
+  // The ring holds an entry for each database that knows the object; this
+  // history's is the one it owns.
+  for (cls_HistoryEntry* node = uid.FirstHistoryEntry(); node != nullptr; node = uid.NextHistoryEntry(node)) {
+    auto* entry = dynamic_cast<rom_HistoryEntry*>(node);
+    if (entry != nullptr && entry->Owner() == this) return entry;
+  }
+  return nullptr;
+}
+
+rom_HistoryEntry* rom_History::MakeEntry(cls_Uid const& uid, unsigned int cid, int oid) {
+  rom_CidOid const row(cid, oid);
+  if (m_CidOid2EntryMap.IsMember(row))
+    nex_ThrowAssertion(kSourcePath, __LINE__, "!m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid))");
+  auto* entry = new rom_HistoryEntry(*this, uid, row);
+  m_CidOid2EntryMap.Insert(row, entry);
+  return entry;
+}
+
+rom_HistoryEntry* rom_History::MakePermanentEntry(cls_Uid const& uid, unsigned int cid, int oid) {
+  if (m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid)))
+    nex_ThrowAssertion(kSourcePath, __LINE__, "!m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid))");
+  rom_HistoryEntry* entry = MakeEntry(uid, cid, oid);
+  // After MakeEntry, which gives a null uid its identity: the kept copy
+  // names the identity the entry is on.
+  m_PermanentUids.Append(entry->GetUid());
+  return entry;
+}
+
+void rom_History::MapRemove(unsigned int cid, int oid) {
+  if (m_Destroying) return;
+  m_CidOid2EntryMap.Remove(rom_CidOid(cid, oid));
+}
+
+void rom_History::ClearRecordedState() {
+  for (cls_PTrieIter<rom_CidOid, rom_HistoryEntry*, 2> it(m_CidOid2EntryMap); !it.IsDone(); it.Next())
+    it.CurrentValue()->SetRecorded(false);
+}
