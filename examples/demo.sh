@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The demo: writes a small results file through the record store, then
 # looks at it with zdb: what the file is, its tables, a few rows, a check.
-# Then a model file through the object layer, and its catalogue of classes.
+# Then a model file written as objects by one process and read back by
+# another, its catalogue of classes, and a few of its objects.
 # The files stay in BUILD/demo/ for more looks.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
@@ -23,5 +24,7 @@ show dump beam.zdb --table Nodes --rows 0:4
 show check beam.zdb
 
 echo
-"$build/examples/model_file" beam.mdb
+"$build/examples/model_file" write beam.mdb
+"$build/examples/model_file" read beam.mdb
 show classes beam.mdb
+show dump beam.mdb --table Quad4 --rows 6:8
