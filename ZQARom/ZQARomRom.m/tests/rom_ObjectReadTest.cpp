@@ -122,11 +122,9 @@ TEST(ObjectReadTest, NullReferencesReadAsNothing) {
     bool const expected = !file.model.quads[static_cast<std::size_t>(oid)].ConstGet()->m_Reference.HasValue();
     rom_MementoRead row(t, kQuad4, oid, cls_Uid());
     EXPECT_EQ(row.ObjIsPresent(kQuadReference), !expected);
-    EXPECT_EQ(row.ReadObjPtr(kQuadReference, kNode) == nullptr, expected);
-    if (!expected) {
-      delete static_cast<rom_TestNode*>(row.ReadObjPtr(kQuadReference, kNode));
-      continue;
-    }
+    std::unique_ptr<rom_TestNode> const built(static_cast<rom_TestNode*>(row.ReadObjPtr(kQuadReference, kNode)));
+    EXPECT_EQ(built == nullptr, expected);
+    if (!expected) continue;
     ++nulls;
     EXPECT_FALSE(row.ReadObjCow(kQuadReference, kNode).HasValue());
     EXPECT_EQ("rom_MementoRead::MakeReadObj - Object is not available in DB file: Reference",
