@@ -38,6 +38,7 @@ constexpr int kWreckRows = 7;
 //       3  -1, Shape                    Shape 5 (past the end)
 //       4  ##InternalList 0 (no table)  class 1 with oid 3
 //       5  "Odd Name" 0                 -1, ##InternalMap
+//       6  oid 1, no class id           no oid, Shape
 //   Odd Name  1 row
 //   Wreck   kWreckRows rows, each referring to the unknown class
 //   ##List  a collection's rows: Shape 0; -1, Circle; 7, unknown class
@@ -83,6 +84,10 @@ ReferenceFile MakeReferenceFile(zqa_TestDir const& dir) {
     WriteReference(row, "Other", other.m_Oid, other.m_ClassId);
     WriteReference(row, "Part", part.m_Oid, part.m_ClassId);
   }
+  // The object layer reads a pair either of whose fields holds no data as null.
+  rfm_Row halves = owner.NewRow();
+  halves.WriteFieldInt(rfm_FieldHandle((std::string("Other") + kRomOidSuffix).c_str(), -1), 1);
+  halves.WriteFieldInt(rfm_FieldHandle((std::string("Part") + kRomClassIdSuffix).c_str(), -1), kShape);
   writer.AddClass(kOddName, "Odd Name", kRomNoClass, 1, 1);
 
   rfm_Table wreck = writer.AddReferenceClass(kWreck, "Wreck", kRomNoClass, {"Link"});
@@ -172,13 +177,14 @@ TEST(ZdbReferencesTest, DumpShowsEachReferenceOfATransporterFileAsItsClassAndRow
 TEST(ZdbReferencesTest, DumpShowsNullsUnknownClassesAndCollectionRowsAndLeavesOtherTablesAsFields) {
   zqa_TestDir dir;
   ReferenceFile file = MakeReferenceFile(dir);
-  EXPECT_EQ(Heading("Owner", file.m_Owner, 6) +
+  EXPECT_EQ(Heading("Owner", file.m_Owner, 7) +
                 "  row 0: Other=null Part=Shape[1]\n"
                 "  row 1: Other=Circle[2] Part=null\n"
                 "  row 2: Other=null Part=0x00099999[0]\n"
                 "  row 3: Other=null Part=Shape[5]\n"
                 "  row 4: Other=##InternalList[0] Part=0x00000001[3]\n"
-                "  row 5: Other=\"Odd Name\"[0] Part=null\n",
+                "  row 5: Other=\"Odd Name\"[0] Part=null\n"
+                "  row 6: Other=null Part=null\n",
             Dump(file.m_Name, file.m_Owner));
   EXPECT_EQ(Heading("Circle", file.m_Circle, 4) +
                 "  row 0: ##BaseClassOID=Shape[0]\n"
@@ -201,6 +207,35 @@ TEST(ZdbReferencesTest, DumpShowsNullsUnknownClassesAndCollectionRowsAndLeavesOt
   EXPECT_EQ(json::parse(R"([{"Other":null,"Part":"Shape[1]"},{"Other":"Circle[2]","Part":null},)"
                         R"({"Other":null,"Part":"0x00099999[0]"},{"Other":null,"Part":"Shape[5]"},)"
                         R"({"Other":"##InternalList[0]","Part":"0x00000001[3]"},)"
-                        R"({"Other":"\"Odd Name\"[0]","Part":null}])"),
+                        R"({"Other":"\"Odd Name\"[0]","Part":null},{"Other":null,"Part":null}])"),
             rows);
+}
+
+TEST(ZdbReferencesTest, CheckReportsEachBadReferenceOfTheClassTablesByTableRowAndColumn) {
+  zqa_TestDir dir;
+  ReferenceFile file = MakeReferenceFile(dir);
+  zdb_Run run = RunZdb({"check", file.m_Name});
+  EXPECT_EQ(1, run.m_Status);
+  EXPECT_EQ("", run.m_Err);
+  std::string const circle = "table \"Circle\" at handle " + std::to_string(file.m_Circle) + ": ";
+  std::string const owner = "table \"Owner\" at handle " + std::to_string(file.m_Owner) + ": ";
+  std::string const wreck = "table \"Wreck\" at handle " + std::to_string(file.m_Wreck) + ": ";
+  std::string const pastShape =
+      " is past the end of table \"Shape\" at handle " + std::to_string(file.m_Shape) + ", which has 2 rows";
+  std::string const unknown = "class id 0x00099999 names no class of the catalogue";
+  // A table's lines stop at five, and the rest are counted at the end; the
+  // collection's unknown class and the application's table are not checked.
+  std::vector<std::string> expected = {
+      circle + "row 2, \"##BaseClassOID\": Shape[2]" + pastShape,
+      owner + "row 2, \"Other\": " + unknown,
+      owner + "row 2, \"Part\": " + unknown,
+      owner + "row 3, \"Part\": Shape[5]" + pastShape,
+      owner + "row 4, \"Other\": ##InternalList[0] lies in no table: the catalogue has no class 0x00230001",
+      owner + "row 4, \"Part\": class id 0x00000001 means no class, but its oid 3 is not negative",
+  };
+  for (int row = 0; row < 5; ++row) expected.push_back(wreck + "row " + std::to_string(row) + ", \"Link\": " + unknown);
+  expected.push_back(wreck + "2 more problems of this kind");
+  expected.push_back(file.m_Name + ": 12 problems (plain file, 12 objects: 3 spaces, 1 stream, 8 tables; " +
+                     "object header (tagged stream), 5 classes)");
+  EXPECT_EQ(expected, Lines(run.m_Out));
 }
