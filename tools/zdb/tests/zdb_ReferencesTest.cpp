@@ -129,7 +129,7 @@ std::string Heading(char const* table, int handle, int rows) {
 
 }  // namespace
 
-TEST(ZdbReferencesTest, DumpShowsEachReferenceOfATransporterFileAsItsClassAndRow) {
+TEST(ZdbReferencesTest, ATransporterFileDumpsEachReferenceAsItsClassAndRowAndChecksClean) {
   zqa_TestDir dir;
   cls_ClassRegistrar registrar;
   rom_TestClasses::Register(registrar);
@@ -159,13 +159,6 @@ TEST(ZdbReferencesTest, DumpShowsEachReferenceOfATransporterFileAsItsClassAndRow
   EXPECT_EQ(Heading("Quad4", quad, 1) +
                 "  row 0: ##BaseClassOID=Element[2] Nodes#Columns=absent Nodes#Handle=absent Thickness=0.25\n",
             Dump(name.CStr(), quad));
-
-  json nodes = json::parse(Dump(name.CStr(), node, true)).at("objects").at(0);
-  EXPECT_EQ(json::parse(R"([{"name":"Id","type":"int"},{"name":"Material","type":"reference"},)"
-                        R"({"name":"X","type":"double"},{"name":"Y","type":"double"},{"name":"Z","type":"double"}])"),
-            nodes.at("fields"));
-  EXPECT_EQ("Material[1]", nodes.at("rows").at(1).at("values").at("Material"));
-  EXPECT_TRUE(nodes.at("rows").at(5).at("values").at("Material").is_null());
 
   zdb_Run check = RunZdb({"check", name.CStr()});
   EXPECT_EQ(0, check.m_Status);
