@@ -143,11 +143,17 @@ zdb_Command const zdb_CheckCommand = {
     "fields) and every class of the catalogue (one row per class id, a table\n"
     "named after the class, the base class's row field exactly in a derived\n"
     "class's table, a base class that the catalogue holds, no circle of base\n"
-    "classes). The summary then names the header's form and the classes.\n"
+    "classes), then the references to objects in every class table, and in no\n"
+    "other table: a class id that names no class of the catalogue, no internal\n"
+    "class, nor the null reference's class with a negative oid; an oid, or a\n"
+    "derived class's ##BaseClassOID, past the end of its class's table, or an\n"
+    "oid of a class that has no table. The summary then names the header's\n"
+    "form and the classes.\n"
     "\n"
     "Prints each problem on a line of its own (a problem repeated in every row\n"
-    "of one object five times, then counted), then a summary line naming the\n"
-    "file. Exit status 0 when nothing was found, 1 when something was. Check a\n"
-    "file while no writer is flushing it: a flush half done looks damaged.\n",
+    "of one object, or a table's bad references, five times, then counted),\n"
+    "then a summary line naming the file. Exit status 0 when nothing was\n"
+    "found, 1 when something was. Check a file while no writer is flushing it:\n"
+    "a flush half done looks damaged.\n",
     Run,
 };

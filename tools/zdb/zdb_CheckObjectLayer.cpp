@@ -1,11 +1,12 @@
 #include "zdb_CheckObjectLayer.h"
 
 #include "rom_HeaderLayout.h"
+#include "zdb_CheckReferences.h"
 #include "zdb_CheckReport.h"
 #include "zdb_ClassCatalogue.h"
 #include "zdb_Database.h"
+#include "zdb_ObjectFile.h"
 #include "zdb_ObjectHeader.h"
-#include "zdb_TableFinder.h"
 #include "zdb_Text.h"
 
 #include <cstdint>
@@ -100,15 +101,15 @@ private:
 std::string zdb_CheckObjectLayer(std::string const& name, zdb_CheckReport& report) {
   try {
     zdb_Database database(name);
-    zdb_TableFinder finder(database.Database());
-    zdb_ObjectHeader header(database.Database(), finder);
-    if (!header.Present()) return std::string();
-    for (std::string const& problem : header.Problems()) report.Problem(problem);
-    zdb_ClassCatalogue catalogue(header.Catalogue(), finder);
+    zdb_ObjectFile file(database.Database());
+    if (!file.Present()) return std::string();
+    for (std::string const& problem : file.Header().Problems()) report.Problem(problem);
+    zdb_ClassCatalogue const& catalogue = file.Catalogue();
     for (std::string const& problem : catalogue.Problems()) report.Problem(problem);
     ClassRules(catalogue, report).Check();
+    zdb_CheckReferences(file, report);
     std::size_t classes = catalogue.Rows().size();
-    return std::string("object header (") + zdb_ObjectHeader::FormName(header.GetForm()) + "), " +
+    return std::string("object header (") + zdb_ObjectHeader::FormName(file.Header().GetForm()) + "), " +
            std::to_string(classes) + (classes == 1 ? " class" : " classes");
   } catch (std::exception const& e) {
     report.Problem(std::string("the object layer cannot be read: ") + e.what());

@@ -11,7 +11,8 @@ class zdb_CheckReport;
 // rules between the classes it lists: one row per class id; a class table
 // named after its class; the field kRomBaseClassOidName, an int, exactly in
 // the tables of derived classes; every base class in the catalogue, and no
-// chain of base classes that comes back to where it began. It reads through
+// chain of base classes that comes back to where it began; then the
+// references in the class tables (see zdb_CheckReferences). It reads through
 // the library, as the object layer does, and adds a line to report for each
 // problem. Answers what it found for the check's summary, "object header
 // (tagged stream), 3 classes", or "" for a file without an object header.

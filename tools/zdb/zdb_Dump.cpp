@@ -1,7 +1,6 @@
 // zdb dump: the rows of tables, the rows of arrays and the items of tagged
 // streams, as text or as one JSON document.
 
-#include "omi_BtreeIterator.h"
 #include "rfm_Array.h"
 #include "rfm_Table.h"
 #include "rfm_TaggedStream.h"
@@ -11,6 +10,8 @@
 #include "zdb_DumpJson.h"
 #include "zdb_DumpText.h"
 #include "zdb_Failure.h"
+#include "zdb_ObjectFile.h"
+#include "zdb_TableColumns.h"
 
 #include <climits>
 #include <cstdio>
@@ -71,11 +72,27 @@ zdb_Value ValueOf(cow_String const& value) {
   return result;
 }
 
+// The file as the object layer's, whose tables' references a dump shows as
+// one value each; null for a file whose object header cannot be read, which
+// is then dumped field by field, as any other.
+std::unique_ptr<zdb_ObjectFile> ReadObjectFile(rfm_Database const& database) {
+  try {
+    auto file = std::make_unique<zdb_ObjectFile>(database);
+    if (file->Present()) return file;
+  } catch (std::exception const&) {
+  }
+  return nullptr;
+}
+
 // Sends the objects of one database to a sink, each read through the library.
 class Dumper {
 public:
   Dumper(zdb_Database const& database, zdb_DumpSink& sink, RowRange rows)
-      : m_Database(database), m_Db(database.Database()), m_Sink(sink), m_Rows(rows) {}
+      : m_Database(database),
+        m_Db(database.Database()),
+        m_Objects(ReadObjectFile(database.Database())),
+        m_Sink(sink),
+        m_Rows(rows) {}
 
   // Dumps the object; a failure is told to the sink and answered as its message.
   std::string Dump(rfm_Handle handle);
@@ -88,10 +105,12 @@ private:
   template <class T, rfm_Type Type>
   void DumpArray(rfm_Handle handle, rfm_Array<T, Type> const& array);
   void DumpStream(rfm_Handle handle);
-  zdb_Value Field(rfm_Row const& row, rfm_FieldMetadata const& field) const;
+  zdb_Value Field(rfm_Row const& row, int index, rfm_Type type) const;
+  zdb_Value Column(rfm_Row const& row, zdb_Column const& column) const;
 
   zdb_Database const& m_Database;
   rfm_Database const& m_Db;
+  std::unique_ptr<zdb_ObjectFile> m_Objects;
   zdb_DumpSink& m_Sink;
   RowRange m_Rows;
   bool m_Headed = false;  // the sink has the current object's heading
@@ -140,10 +159,10 @@ void Dumper::DumpObject(rfm_Handle handle, rfm_Type type) {
   }
 }
 
-zdb_Value Dumper::Field(rfm_Row const& row, rfm_FieldMetadata const& field) const {
-  rfm_FieldHandle handle(field.Index());
+zdb_Value Dumper::Field(rfm_Row const& row, int index, rfm_Type type) const {
+  rfm_FieldHandle handle(index);
   if (!row.DataIsPresent(handle)) return zdb_Value();
-  switch (field.Type()) {
+  switch (type) {
     case rfm_TypeInt:
       return ValueOf(row.ReadFieldInt(handle));
     case rfm_TypeHandle:
@@ -157,21 +176,32 @@ zdb_Value Dumper::Field(rfm_Row const& row, rfm_FieldMetadata const& field) cons
   }
 }
 
+zdb_Value Dumper::Column(rfm_Row const& row, zdb_Column const& column) const {
+  if (column.m_Kind == zdb_Column::kField) return Field(row, column.m_Index, column.m_Type);
+  zdb_Value value;
+  zdb_StoredReference reference = zdb_ReadReference(row, column);
+  if (reference.IsNull()) {
+    value.m_Kind = zdb_Value::kNullReference;
+  } else {
+    value.m_Kind = zdb_Value::kReference;
+    value.m_String = m_Objects->Label(*reference.m_ClassId, *reference.m_Oid);
+  }
+  return value;
+}
+
 void Dumper::DumpTable(rfm_Handle handle) {
   rfm_Table table = m_Db.Table(handle, -1, -1);
-  std::vector<rfm_FieldMetadata const*> fields;
+  // Only a file of the object layer has references: m_Objects is set
+  // whenever a column is one.
+  std::vector<zdb_Column> columns = m_Objects ? m_Objects->Columns(table) : zdb_FieldColumns(table);
   zdb_DumpSink::Fields names;
-  for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(table.GetFieldMap()); !it.IsDone(); it.Next()) {
-    if (!it.CurrentValue().Present()) continue;
-    fields.push_back(&it.CurrentValue());
-    names.emplace_back(it.CurrentKey().CStr(), it.CurrentValue().Type());
-  }
+  for (zdb_Column const& column : columns) names.push_back({column.m_Name, zdb_ColumnTypeName(column)});
   m_Sink.Table(handle, table.TableMetadata().TableName().CStr(), table.Length(), names);
   m_Headed = true;
-  std::vector<zdb_Value> values(fields.size());
+  std::vector<zdb_Value> values(columns.size());
   for (int number = static_cast<int>(m_Rows.m_First); number < table.Length() && m_Rows.Contains(number); ++number) {
     rfm_Row row = table.ReadRow(number);
-    for (std::size_t i = 0; i < fields.size(); ++i) values[i] = Field(row, *fields[i]);
+    for (std::size_t i = 0; i < columns.size(); ++i) values[i] = Column(row, columns[i]);
     m_Sink.Row(number, values);
     ++m_Shown;
   }
@@ -315,14 +345,23 @@ zdb_Command const zdb_DumpCommand = {
     "control bytes and for bytes that are not UTF-8, and numbers in the\n"
     "shortest form that reads back as the same value.\n"
     "\n"
+    "In a file of the object layer, a reference to an object, which a class's\n"
+    "table stores as the int fields N#OID and N#ClassID and a collection's as\n"
+    "OID and ClassID, shows as one field, N (or OID), whose value is the class\n"
+    "and the oid, Shape[3]: the class by its name in the catalogue, an internal\n"
+    "class by its own name, any other by its id, 0x00010001[3]. A reference\n"
+    "with a negative oid, or with a field that holds no data, is null. A\n"
+    "derived class's ##BaseClassOID shows so too, as a row of its base class.\n"
+    "\n"
     "JSON: {\"file\": ..., \"objects\": [...]}, an object per table, array or\n"
     "stream with its \"handle\" and \"kind\"; rows as {\"row\": n, \"values\": ...}.\n"
-    "An absent field is null. Doubles read back exactly; a float is written as\n"
-    "the double of its value; NaN and the infinities are the strings \"NaN\",\n"
-    "\"Infinity\" and \"-Infinity\". Strings are UTF-8: a byte that is not part\n"
-    "of valid UTF-8 becomes the character of the same number (\\u0080 to\n"
-    "\\u00FF). An object that could not be read in full has an \"error\" member,\n"
-    "and the exit status is then 1.\n"
+    "An absent field is null. A reference is the string the text shows, its\n"
+    "field of type \"reference\"; a null reference is null. Doubles read back\n"
+    "exactly; a float is written as the double of its value; NaN and the\n"
+    "infinities are the strings \"NaN\", \"Infinity\" and \"-Infinity\". Strings\n"
+    "are UTF-8: a byte that is not part of valid UTF-8 becomes the character of\n"
+    "the same number (\\u0080 to \\u00FF). An object that could not be read in\n"
+    "full has an \"error\" member, and the exit status is then 1.\n"
     "\n"
     "What was asked for and cannot be shown fails with exit status 1 and the\n"
     "reason on standard error: no table of the layout NAME, no row or item in\n"

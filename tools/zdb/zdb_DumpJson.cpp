@@ -36,12 +36,12 @@ void zdb_DumpJson::Table(rfm_Handle handle, std::string const& name, int rows, F
   m_Json.Integer(rows);
   m_Json.Key("fields");
   m_Json.BeginArray();
-  for (auto const& [field, type] : fields) {
+  for (zdb_DumpField const& field : fields) {
     m_Json.BeginObject();
     m_Json.Key("name");
-    m_Json.String(field);
+    m_Json.String(field.m_Name);
     m_Json.Key("type");
-    m_Json.String(zdb_TypeName(type));
+    m_Json.String(field.m_Type);
     m_Json.EndObject();
   }
   m_Json.EndArray();
@@ -84,9 +84,11 @@ void zdb_DumpJson::Value(zdb_Value const& value) {
       m_Json.Double(value.m_Double);
       return;
     case zdb_Value::kString:
+    case zdb_Value::kReference:
       m_Json.String(value.m_String);
       return;
     case zdb_Value::kAbsent:
+    case zdb_Value::kNullReference:
       m_Json.Null();
       return;
   }
@@ -105,7 +107,7 @@ void zdb_DumpJson::Row(int number, std::vector<zdb_Value> const& values) {
   } else {
     m_Json.BeginObject();
     for (std::size_t i = 0; i < values.size(); ++i) {
-      m_Json.Key(m_Fields[i].first);
+      m_Json.Key(m_Fields[i].m_Name);
       Value(values[i]);
     }
     m_Json.EndObject();

@@ -14,8 +14,11 @@
 //     {"handle": 5, "kind": "stream", "items": [{"item": 0, "id": 1, "type": "string", "value": "demo"}]},
 //     {"handle": 2, "kind": "space", "length": 0}]}
 // An absent field is null. A handle is its number. A float is written as the
-// double of the same value, so that it reads back exactly as a double. An
-// object that could not be read in full has an "error" member.
+// double of the same value, so that it reads back exactly as a double. A
+// reference to an object, a field of type "reference", is the string of its
+// label, "Shape[3]", as the text shows it; a null reference is null, as the
+// object layer reads a pair without data, so that a script tests one thing.
+// An object that could not be read in full has an "error" member.
 class zdb_DumpJson : public zdb_DumpSink {
 public:
   explicit zdb_DumpJson(std::FILE* out) : m_Json(out) {}

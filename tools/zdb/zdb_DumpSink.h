@@ -6,18 +6,25 @@
 #include "utl_FileOffset.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 // One value that zdb dump shows: a field of a row, an element of an array,
-// the value of a stream's item.
+// the value of a stream's item, or a reference to an object that a row of
+// the object layer holds in two fields (its label, "Shape[3]", in m_String).
 struct zdb_Value {
-  enum Kind { kAbsent, kInteger, kHandle, kFloat, kDouble, kString };
+  enum Kind { kAbsent, kInteger, kHandle, kFloat, kDouble, kString, kReference, kNullReference };
   Kind m_Kind = kAbsent;
   long long m_Integer = 0;
   float m_Float = 0;
   double m_Double = 0;
   std::string m_String;
+};
+
+// A column of a table as a dump heads it: its name, and its type as zdb
+// writes it ("int", ..., "reference").
+struct zdb_DumpField {
+  std::string m_Name;
+  std::string m_Type;
 };
 
 // Where zdb dump sends what it reads, in this order: Begin; for each object
@@ -26,12 +33,13 @@ struct zdb_Value {
 // the two sinks.
 class zdb_DumpSink {
 public:
-  using Fields = std::vector<std::pair<std::string, rfm_Type> >;
+  using Fields = std::vector<zdb_DumpField>;
 
   virtual ~zdb_DumpSink() = default;
 
   virtual void Begin(std::string const& file) = 0;
-  // fields in position order; each Row then has one value per field.
+  // fields in position order (a reference's two as one); each Row then has
+  // one value per field.
   virtual void Table(rfm_Handle handle, std::string const& name, int rows, Fields const& fields) = 0;
   virtual void Array(rfm_Handle handle, rfm_Type element, int fieldsPerRow, int rows) = 0;
   virtual void Stream(rfm_Handle handle) = 0;

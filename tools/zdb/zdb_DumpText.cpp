@@ -5,6 +5,8 @@
 
 namespace {
 
+constexpr char kNullText[] = "null";
+
 std::string ValueText(zdb_Value const& value) {
   switch (value.m_Kind) {
     case zdb_Value::kInteger:
@@ -16,6 +18,10 @@ std::string ValueText(zdb_Value const& value) {
       return zdb_DoubleText(value.m_Double);
     case zdb_Value::kString:
       return zdb_QuotedText(value.m_String);
+    case zdb_Value::kReference:
+      return value.m_String;
+    case zdb_Value::kNullReference:
+      return kNullText;
     case zdb_Value::kAbsent:
       break;
   }
@@ -49,7 +55,7 @@ void zdb_DumpText::Row(int number, std::vector<zdb_Value> const& values) {
   std::string line = "  row " + std::to_string(number) + ":";
   for (std::size_t i = 0; i < values.size(); ++i) {
     line += ' ';
-    if (!m_Fields.empty()) line += m_Fields[i].first + "=";
+    if (!m_Fields.empty()) line += m_Fields[i].m_Name + "=";
     line += ValueText(values[i]);
   }
   std::fprintf(m_Out, "%s\n", line.c_str());

@@ -37,7 +37,21 @@
 //
 // A class's table is named after the class; the table of a derived class
 // begins with the int field kRomBaseClassOidName, the row of the object's
-// base class part.
+// base class part. An attribute takes one column named after it, or, for a
+// reference or a collection, columns of its name and a suffix:
+//
+//   attribute             columns, in this order
+//   object reference      N#OID int (the row), N#ClassID int (the class id)
+//   list                  N#Handle handle, N#Columns int
+//   map, blob             N#Handle handle
+//   double collection     N#Handle handle, N#Handle2 handle
+//
+// The stored null reference is oid -1 with class id kRomNoClass; a pair
+// either of whose fields holds no data is null too. The rows of the
+// collection tables that hold objects (##List, ##Map, ##MapInt2Obj) refer to
+// them by the int fields kRomElementOidName and kRomElementClassIdName;
+// there an object of a class without a table is oid -1 with its own class
+// id. A negative oid names no row.
 
 constexpr std::uint32_t kRomVersionSpaceMagic = 0xFFAAEEBB;
 // Where a version space holds the header version, and its size.
@@ -85,6 +99,18 @@ constexpr int kRomBaseClassOidColumn = 0;
 // reference is object id -1 with kRomNoClass; any negative object id is null.
 inline constexpr char kRomOidSuffix[] = "#OID";
 inline constexpr char kRomClassIdSuffix[] = "#ClassID";
+// A list, map or blob member takes the collection's handle, a list also its
+// columns, a double collection a second handle.
+inline constexpr char kRomHandleSuffix[] = "#Handle";
+inline constexpr char kRomColumnsSuffix[] = "#Columns";
+inline constexpr char kRomHandle2Suffix[] = "#Handle2";
+
+// A collection's row refers to an object by these two int columns, first.
+inline constexpr char kRomElementOidName[] = "OID";
+inline constexpr char kRomElementClassIdName[] = "ClassID";
+
+// The object layer names its own tables, classes and fields with this prefix.
+inline constexpr char kRomOwnNamePrefix[] = "##";
 
 // The object layer's own classes, which hold anonymous collections.
 constexpr unsigned int kRomInternalListClass = 0x230001;
@@ -92,6 +118,11 @@ constexpr unsigned int kRomInternalMapClass = 0x230002;
 constexpr unsigned int kRomInternalCowClass = 0x230003;
 constexpr unsigned int kRomInternalDblColClass = 0x230004;
 constexpr unsigned int kRomInternalBlobClass = 0x230005;
+inline constexpr char kRomInternalListName[] = "##InternalList";
+inline constexpr char kRomInternalMapName[] = "##InternalMap";
+inline constexpr char kRomInternalCowName[] = "##InternalCow";
+inline constexpr char kRomInternalDblColName[] = "##InternalDblCol";
+inline constexpr char kRomInternalBlobName[] = "##InternalBlob";
 
 // Whether a catalogue row records its class's version: catalogues of old
 // files lack the field, and a row whose field holds no data counts as

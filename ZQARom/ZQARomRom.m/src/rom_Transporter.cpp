@@ -26,11 +26,11 @@ struct InternalClass {
 // The classes whose rows hold anonymous collections, each with the one
 // attribute Target.
 constexpr InternalClass kInternalClasses[] = {
-    {"##InternalList", kRomInternalListClass, cls_AttrList},
-    {"##InternalMap", kRomInternalMapClass, cls_AttrMap},
-    {"##InternalBlob", kRomInternalBlobClass, cls_AttrBlob},
-    {"##InternalCow", kRomInternalCowClass, cls_AttrInternalCow},
-    {"##InternalDblCol", kRomInternalDblColClass, cls_AttrDoubleCollection},
+    {kRomInternalListName, kRomInternalListClass, cls_AttrList},
+    {kRomInternalMapName, kRomInternalMapClass, cls_AttrMap},
+    {kRomInternalBlobName, kRomInternalBlobClass, cls_AttrBlob},
+    {kRomInternalCowName, kRomInternalCowClass, cls_AttrInternalCow},
+    {kRomInternalDblColName, kRomInternalDblColClass, cls_AttrDoubleCollection},
 };
 constexpr char kTargetName[] = "Target";
 constexpr int kTargetFieldId = 1;

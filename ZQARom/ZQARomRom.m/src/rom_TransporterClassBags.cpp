@@ -22,12 +22,6 @@ char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_TransporterClassBags";
 
 char const kBadAttributeType[] = "rom_Transporter::GetTable - Invalid or unsupported attribute metadata type!";
 
-// The suffixes of the columns an attribute of a reference or collection type
-// takes after its name.
-constexpr char kHandleSuffix[] = "#Handle";
-constexpr char kColumnsSuffix[] = "#Columns";
-constexpr char kHandle2Suffix[] = "#Handle2";
-
 // Defines the columns of one attribute and answers the first one's index,
 // or -1 for a type that cannot be stored.
 int DefineAttributeColumns(rfm_TableMetadata& table, cls_AttributeMetadata const& attribute) {
@@ -59,16 +53,16 @@ int DefineAttributeColumns(rfm_TableMetadata& table, cls_AttributeMetadata const
       return first;
     }
     case cls_AttrList: {
-      int const first = table.DefineHandleField(name + kHandleSuffix);
-      table.DefineIntField(name + kColumnsSuffix);
+      int const first = table.DefineHandleField(name + kRomHandleSuffix);
+      table.DefineIntField(name + kRomColumnsSuffix);
       return first;
     }
     case cls_AttrMap:
     case cls_AttrBlob:
-      return table.DefineHandleField(name + kHandleSuffix);
+      return table.DefineHandleField(name + kRomHandleSuffix);
     case cls_AttrDoubleCollection: {
-      int const first = table.DefineHandleField(name + kHandleSuffix);
-      table.DefineHandleField(name + kHandle2Suffix);
+      int const first = table.DefineHandleField(name + kRomHandleSuffix);
+      table.DefineHandleField(name + kRomHandle2Suffix);
       return first;
     }
     case cls_AttrLong:

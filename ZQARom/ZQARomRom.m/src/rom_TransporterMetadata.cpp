@@ -41,16 +41,17 @@ rom_TransporterMetadata::rom_TransporterMetadata() {
                                               {kRomCatalogClassNameName, kString},
                                               {kRomCatalogBaseClassIdName, kInt},
                                               {kRomCatalogClassVersionName, kInt}}));
-  m_Tables.push_back(Layout("##List", {{"OID", kInt}, {"ClassID", kInt}}));
+  m_Tables.push_back(Layout("##List", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}}));
   m_Tables.push_back(Layout("##StringArray", {{"Data", kString}}));
   m_Tables.push_back(Layout("##HandleArray", {{"Data", kHandle}}));
-  m_Tables.push_back(Layout("##Map", {{"OID", kInt}, {"ClassID", kInt}, {"Key", kString}}));
+  m_Tables.push_back(Layout("##Map", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2Double", {{"Data", kDouble}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2Float", {{"Data", kFloat}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2Int", {{"Data", kInt}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2String", {{"Data", kString}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapInt2Obj", {{"OID", kInt}, {"ClassID", kInt}, {"Key", kInt}}));
+  m_Tables.push_back(
+      Layout("##MapInt2Obj", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {"Key", kInt}}));
   m_Tables.push_back(Layout("##MapInt2Handle", {{"Handle", kHandle}, {"Key", kInt}}));
   m_Tables.push_back(Layout("##MapInt2Double", {{"Data", kDouble}, {"Key", kInt}}));
   m_Tables.push_back(Layout("##MapInt2Float", {{"Data", kFloat}, {"Key", kInt}}));

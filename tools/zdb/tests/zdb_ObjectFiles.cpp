@@ -83,3 +83,21 @@ int zdb_ObjectFileWriter::AddClass(unsigned classId, char const* name, unsigned 
   AddCatalogueRow(classId, table, name, baseClass, version);
   return table;
 }
+
+rfm_Table zdb_ObjectFileWriter::AddReferenceClass(unsigned classId, char const* name, unsigned baseClass,
+                                                  std::vector<std::string> const& references) const {
+  rfm_TableMetadata layout(name, 1);
+  if (baseClass != kRomNoClass) layout.DefineIntField(kRomBaseClassOidName);
+  for (std::string const& reference : references) {
+    layout.DefineIntField((reference + kRomOidSuffix).c_str());
+    layout.DefineIntField((reference + kRomClassIdSuffix).c_str());
+  }
+  rfm_Table table = m_Database.Table(layout, -1, -1);
+  AddCatalogueRow(classId, table.Handle().Value(), name, baseClass, 1);
+  return table;
+}
+
+void WriteReference(rfm_Row const& row, std::string const& name, int oid, unsigned classId) {
+  row.WriteFieldInt(rfm_FieldHandle((name + kRomOidSuffix).c_str(), -1), oid);
+  row.WriteFieldInt(rfm_FieldHandle((name + kRomClassIdSuffix).c_str(), -1), static_cast<int>(classId));
+}

@@ -5,6 +5,9 @@
 #include "rfm_TaggedStream.h"
 #include "rfm_TestDatabase.h"
 
+#include <string>
+#include <vector>
+
 // Files of the object layer made by hand through the record store for the
 // tests of zdb: the header at the root in one of its forms, the class
 // catalogue, and class tables with their catalogue rows. Each part is made
@@ -49,6 +52,12 @@ public:
   // A class as the object layer stores it: its table, named after it, with
   // the base class's row field exactly when it derives, and its row.
   int AddClass(unsigned classId, char const* name, unsigned baseClass, int version, int rows) const;
+  // A class with references, its table laid out as the object layer lays
+  // it out: the base class's row field when it derives, then the oid and
+  // class id fields of each reference in references. Its rows are the
+  // test's to write (see WriteReference).
+  rfm_Table AddReferenceClass(unsigned classId, char const* name, unsigned baseClass,
+                              std::vector<std::string> const& references) const;
 
 private:
   rfm_Database m_Database;
@@ -56,5 +65,9 @@ private:
   rfm_Table m_Catalogue;
   bool m_WithVersion;
 };
+
+// Writes the reference name of row as the object layer stores it: oid in
+// name#OID, classId in name#ClassID.
+void WriteReference(rfm_Row const& row, std::string const& name, int oid, unsigned classId);
 
 #endif

@@ -1,0 +1,60 @@
+#ifndef zdb_TableColumns_h
+#define zdb_TableColumns_h
+
+#include "rfm_Row.h"
+#include "rfm_Table.h"
+#include "rfm_Type.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// One column of a table as zdb shows it: a field of the table, or a
+// reference to an object that the object layer stores in two int fields
+// (see rom_HeaderLayout.h). A base reference is a derived class's
+// kRomBaseClassOidName: one field, its class the catalogue's base class.
+struct zdb_Column {
+  enum Kind { kField, kReference, kBaseReference };
+  Kind m_Kind = kField;
+  std::string m_Name;
+  rfm_Type m_Type = rfm_TypeNone;  // of a field; a reference's are ints
+  int m_Index = -1;                // the field; a reference's oid field
+  int m_ClassIndex = -1;           // a reference's class id field
+  std::uint32_t m_BaseClass = 0;   // a base reference's class id
+};
+
+// A reference as a row stores it; a value is empty when its field holds no
+// data.
+struct zdb_StoredReference {
+  std::optional<int> m_Oid;
+  std::optional<std::uint32_t> m_ClassId;
+
+  // Null as the object layer writes it: either field without data (a row
+  // never given the reference), or a negative oid (the null reference, or
+  // an object of a class without a table), which names no row.
+  bool IsNull() const { return !m_Oid || !m_ClassId || *m_Oid < 0; }
+};
+
+// The columns of a table in the order of its fields' positions, one per
+// present field, except that both fields of a reference make one column at
+// the place of the first of them. Only a pair of two int fields is a
+// reference; any other field stays a column of its own.
+//
+// Every field on its own: a table outside the object layer's.
+std::vector<zdb_Column> zdb_FieldColumns(rfm_Table const& table);
+// A class's table: each attribute's N#OID and N#ClassID are the reference
+// N; the derived class's kRomBaseClassOidName, when baseClass is not
+// kRomNoClass, is a base reference of that class.
+std::vector<zdb_Column> zdb_ClassTableColumns(rfm_Table const& table, std::uint32_t baseClass);
+// A collection's table: its kRomElementOidName and kRomElementClassIdName
+// are one reference, named after the oid field.
+std::vector<zdb_Column> zdb_CollectionColumns(rfm_Table const& table);
+
+// The reference that row holds in a column of kind kReference or kBaseReference.
+zdb_StoredReference zdb_ReadReference(rfm_Row const& row, zdb_Column const& column);
+
+// What zdb calls a column's type: the field's type, or "reference".
+std::string zdb_ColumnTypeName(zdb_Column const& column);
+
+#endif
