@@ -28,3 +28,4 @@ echo
 "$build/examples/model_file" read beam.mdb
 show classes beam.mdb
 show dump beam.mdb --table Quad4 --rows 6:8
+show check beam.mdb
