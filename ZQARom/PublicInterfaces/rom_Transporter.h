@@ -139,6 +139,10 @@ private:
   rom_ClassBag* FindBag(unsigned int cid) const;
   // Runs action on the table of every class bag that has one, in class id order.
   void ForEachClassTable(int (rfm_Table::*action)() const) const;
+  // The base class of cid, one step further up its chain of base classes;
+  // raises when steps pass any real hierarchy's depth: the application's
+  // metadata then has a circle of base classes.
+  unsigned int BaseClassOf(unsigned int cid, int& steps) const;
   // The identity of the object in row oid of class cid: its history's, or a
   // new one entered there.
   cls_Uid RowIdentity(unsigned int cid, int oid);

@@ -10,12 +10,17 @@
 #include "rom_HeaderLayout.h"
 #include "rom_TransporterMetadata.h"
 #include "rom_ZDBHeaderParser.h"
+#include "typ_ArchCompTable.h"
 
 #include <cstdio>
 #include <exception>
 
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_Transporter";
+
+// Deeper than any real hierarchy: a chain of base classes this long has a
+// circle.
+constexpr int kMaxBaseClassDepth = 1024;
 
 struct InternalClass {
   char const* name;
@@ -196,15 +201,25 @@ cls_ClassMetadata const& rom_Transporter::GetClassMD(unsigned int cid, int versi
   return m_Registrar->GetClassMetadata(cid, version);
 }
 
+unsigned int rom_Transporter::BaseClassOf(unsigned int cid, int& steps) const {
+  if (++steps > kMaxBaseClassDepth)
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate("rom_Transporter - The base classes of class %s (%08X) form a "
+                                                        "circle in the program's class metadata."),
+                                          typ_ArchCompTable::GetName(cid), cid));
+  return GetClassMD(cid).BaseClassId();
+}
+
 cls_ClassMetadata const& rom_Transporter::FindMDWithDtor(unsigned int cid) const {
   cls_ClassMetadata const* md = &GetClassMD(cid);
+  int steps = 0;
   while (!md->HasCowDtor()) {
     if (md->BaseClassId() == cls_kNoClass)
       nex_ThrowMessage(kSourcePath, __LINE__,
                        atr_SubstituteFormat(atr_translate("Warning: objectCOW dtor not defined in ddbAPI metadata "
                                                           "for: %s\n"),
                                             md->ClassName()));
-    md = &GetClassMD(md->BaseClassId());
+    md = &GetClassMD(BaseClassOf(md->ClassId(), steps));
   }
   return *md;
 }

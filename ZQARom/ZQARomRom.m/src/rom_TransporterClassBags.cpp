@@ -218,7 +218,8 @@ int rom_Transporter::GetNextVersion(unsigned int cid, int version) const {
 }
 
 void rom_Transporter::CheckInheritence(unsigned int derived, unsigned int base) {
-  for (unsigned int current = derived;; current = GetClassMD(current).BaseClassId()) {
+  int steps = 0;
+  for (unsigned int current = derived;; current = BaseClassOf(current, steps)) {
     if (current == cls_kNoClass)
       Raise(__LINE__, atr_SubstituteFormat(atr_translate("Inheritence error: class %s (%08X) is not a derived type "
                                                          "of base class %s (%08X)\n"),

@@ -221,3 +221,17 @@ TEST(ObjectReadTest, TheCowBarnKeepsEachAddressAndRowOnceAndCleansWhatOnlyItHold
   EXPECT_EQ(barn.Size(), 0);
 }
 }  // namespace
+
+namespace {
+TEST(ObjectReadTest, ACircleOfBaseClassesInTheProgramsMetadataRaisesInsteadOfLooping) {
+  zqa_TestDir dir;
+  cls_ClassRegistrar registrar;
+  registrar.CreateClassMD("Chicken", 0x01000191, 1, nullptr, 0x01000192);
+  registrar.CreateClassMD("Egg", 0x01000192, 1, nullptr, 0x01000191);
+  rom_Transporter t(registrar, rfm_File::Open(dir.File("c.mdl"), utl_FileAccessCreate, false), "MDL", "", 0, -1);
+  std::string const circle =
+      "rom_Transporter - The base classes of class Chicken (01000191) form a circle in the program's class metadata.";
+  EXPECT_EQ(circle, zqa_TextOf<Message>([&] { t.CheckInheritence(0x01000191, 0x01000193); }));
+  EXPECT_EQ(circle, zqa_TextOf<Message>([&] { t.FindMDWithDtor(0x01000191); }));
+}
+}  // namespace
