@@ -12,6 +12,9 @@
 #include <sstream>
 
 namespace {
+char const kSourcePath[] = "ZQARom/ZQARomRomTestSupport.m/src/rom_TestModel";
+char const kUnknownKind[] = "unknown element kind \"%s\"";
+
 namespace NodeField {
 cls_FieldHandle const Id(1, "Id");
 cls_FieldHandle const X(2, "X");
@@ -42,8 +45,7 @@ rom_TestElement::Kind const kKinds[] = {rom_TestElement::Kind::kSolid, rom_TestE
 rom_TestElement::Kind KindOf(cow_String const& text) {
   for (rom_TestElement::Kind kind : kKinds)
     if (std::strcmp(text.CStr(), rom_TestModel::KindName(kind)) == 0) return kind;
-  nex_ThrowMessage("ZQARom/ZQARomRomTestSupport.m/src/rom_TestModel", __LINE__,
-                   atr_SubstituteFormat("unknown element kind \"%s\"", text));
+  nex_ThrowMessage(kSourcePath, __LINE__, atr_SubstituteFormat(kUnknownKind, text));
 }
 
 template <std::size_t N>
