@@ -13,7 +13,6 @@
 #include "rfm_Space.h"
 #include "rfm_Table.h"
 #include "rom_SampleTransporterFile.h"
-#include "rom_TestClasses.h"
 #include "rom_Transporter.h"
 
 #include <cstdio>
@@ -95,7 +94,7 @@ int main(int argc, char** argv) {
 
   std::remove(scratch.CStr());
   cls_ClassRegistrar registrar;
-  rom_TestClasses::Register(registrar);
+  rom_SampleTransporterFile::Register(registrar);
   rom_SampleTransporterFile::Write(registrar, rfm_File::Open(scratch, utl_FileAccessCreate, false));
   Seed(corpus + "/rom_FuzzTransporterFile", "sample", ReadFile(scratch));
   std::remove(scratch.CStr());

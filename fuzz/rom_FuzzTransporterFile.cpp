@@ -1,18 +1,18 @@
 // Opens a transporter read-only on a database made of the input, as a
-// program of the small test model (rom_TestClasses) does, and reads it
-// whole through rom_TransporterWalk: the header, the up-to-date status and
-// every row of every class of the sample transporter file.
+// program of the sample transporter file's classes (rom_TestClasses and the
+// test model) does, and reads it whole through rom_TransporterWalk: the
+// header, the up-to-date status, every row of every class of the sample
+// transporter file, and every object of the model's classes.
 
 #include "rfm_FileReprEncoded.h"
 #include "rfm_FuzzInput.h"
 #include "rom_SampleTransporterFile.h"
-#include "rom_TestClasses.h"
 #include "rom_TransporterWalk.h"
 
 namespace {
 
 struct Model {
-  Model() { rom_TestClasses::Register(registrar); }
+  Model() { rom_SampleTransporterFile::Register(registrar); }
   cls_ClassRegistrar registrar;
   std::vector<unsigned int> const classes = rom_SampleTransporterFile::Classes();
 };

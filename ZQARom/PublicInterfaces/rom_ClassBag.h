@@ -31,9 +31,11 @@ public:
   void SetFieldMapEntry(int entryIndex, int column);
   int MapField(int entryIndex) const;
 
-  // The column of a member: by index when the map has its field id, else by
-  // name (a field id beyond the map belongs to no attribute of the class's
-  // version here; a table of another version may still have the name).
+  // The column of a member: by index when the class's version declares its
+  // field id; by name for a member named only by its name (a negative field
+  // id); and for a field id the version does not declare, no column at all,
+  // so that the member reads as absent even where a table of another
+  // version of the class has a column of its name.
   rfm_FieldHandle Column(cls_FieldHandle const& field) const;
   // The two columns of a reference member: the object id's and, right after
   // it, the class id's.

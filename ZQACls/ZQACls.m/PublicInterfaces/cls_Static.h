@@ -20,8 +20,8 @@ private:
   cls_Static() = default;
   ~cls_Static() override;
 
-  cls_CowValue const m_EmptyValue;
-  cls_Uid const m_NullUid;
+  cls_CowValue const m_EmptyValue{};
+  cls_Uid const m_NullUid{};
 };
 
 #endif

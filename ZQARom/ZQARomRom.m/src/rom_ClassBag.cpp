@@ -4,8 +4,16 @@
 #include "cls_FieldHandle.h"
 #include "rom_HeaderLayout.h"
 
+#include <limits>
+
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_ClassBag";
+
+// The column of a member that the class's version does not declare: an
+// index no table has, so that the record store finds no field there. Such
+// a member reads as absent, whatever a table of another version of the
+// class holds under its name, and cannot be written.
+constexpr int kNoColumn = std::numeric_limits<int>::max();
 }
 
 rom_ClassBag::rom_ClassBag(int maxFieldId)
@@ -29,7 +37,9 @@ int rom_ClassBag::MapField(int entryIndex) const {
 }
 
 int rom_ClassBag::ColumnIndex(int fieldId) const {
-  return fieldId >= 0 && fieldId < m_IndexMapArraySize ? m_IndexMap[static_cast<std::size_t>(fieldId)] : -1;
+  if (fieldId < 0) return -1;
+  int const index = fieldId < m_IndexMapArraySize ? m_IndexMap[static_cast<std::size_t>(fieldId)] : -1;
+  return index >= 0 ? index : kNoColumn;
 }
 
 rfm_FieldHandle rom_ClassBag::Column(cls_FieldHandle const& field) const {
@@ -41,7 +51,10 @@ rfm_FieldHandle rom_ClassBag::Column(cls_FieldHandle const& field) const {
 void rom_ClassBag::ReferenceColumns(cls_FieldHandle const& field, rfm_FieldHandle& oid,
                                     rfm_FieldHandle& classId) const {
   int const index = ColumnIndex(field.FieldId());
-  if (index >= 0) {
+  if (index == kNoColumn) {
+    oid = rfm_FieldHandle(kNoColumn);
+    classId = rfm_FieldHandle(kNoColumn);
+  } else if (index >= 0) {
     oid = rfm_FieldHandle(index);
     classId = rfm_FieldHandle(index + 1);
   } else {

@@ -2,7 +2,8 @@
 // record store's recipes and the object layer's (TransporterDamage), and
 // each damaged file is opened by a transporter that knows the sample's
 // classes and read whole (rom_TransporterWalk): the header, the up-to-date
-// status, the class bag of every class and every row of every class table.
+// status, the class bag of every class, every row of every class table and
+// every object of the model's tables, read as a root.
 // Each file is read once read-only, and once opened for update, as a
 // program that changes a file does, flushing at the end. Every case runs
 // in a child process under the limits of rfm_TestDamageRun.
@@ -19,7 +20,6 @@
 #include "rfm_File.h"
 #include "rfm_TestDamageRun.h"
 #include "rom_SampleTransporterFile.h"
-#include "rom_TestClasses.h"
 #include "rom_TestTransporterDamage.h"
 #include "rom_TransporterWalk.h"
 #include "zqa_TestDir.h"
@@ -38,7 +38,7 @@ class DamagedTransporterFileTest : public testing::TestWithParam<rom_Transporter
 TEST_P(DamagedTransporterFileTest, EndsCorrectOrWithTheLibrarysError) {
   zqa_TestDir dir;
   cls_ClassRegistrar registrar;
-  rom_TestClasses::Register(registrar);
+  rom_SampleTransporterFile::Register(registrar);
   cow_String const sample = dir.File("sample.zdb");
   auto const contents =
       rom_SampleTransporterFile::Write(registrar, rfm_File::Open(sample, utl_FileAccessCreate, false));
@@ -56,9 +56,14 @@ TEST_P(DamagedTransporterFileTest, EndsCorrectOrWithTheLibrarysError) {
   // with its rows, the marker without a table.
   for (char const* line : {"class Material table [8]\"Material\" rows 3", "class Node table [4]\"Node\" rows 6",
                            "class Hex8 table [4]\"Hex8\" rows 2", "class Marker has no table",
-                           "class ##InternalList table [14]\"##InternalList\" rows 1"}) {
+                           "class ##InternalList table [14]\"##InternalList\" rows 1",
+                           "class FeNode table [6]\"FeNode\" rows 24", "class FeMarker has no table",
+                           "object FeNode[23] id=24 ", "object FeQuad4[2] id=6 kind=Contact material=FeMaterial[1] ",
+                           " nodes= FeNode[10] FeNode[19] FeNode[21] FeNode[1] reference=FeNode[9]\n"}) {
     EXPECT_NE(std::string::npos, expected.find(line)) << line << " in\n" << expected;
   }
+  // Each object referred to is the one read from its row.
+  EXPECT_EQ(std::string::npos, expected.find("unwalked")) << expected;
 
   auto const cases = TransporterDamage(good, contents);
   auto const write = [&](DamageCase const& damage) { zqa_WriteFileBytes(name, damage.Apply(good)); };

@@ -6,6 +6,7 @@
 #include "rfm_File.h"
 #include "rfm_Row.h"
 #include "rom_HeaderLayout.h"
+#include "rom_TestModel.h"
 #include "rom_Transporter.h"
 
 #include <algorithm>
@@ -19,7 +20,10 @@
 // every step every class made so far is given a few rows; every step ends
 // with the transporter's Flush. The plan is drawn from a fixed seed, so the
 // test knows the classes and the rows of each after any step, and each row
-// holds values computed from its class and its number.
+// holds values computed from its class and its number. Every step also
+// writes a small model of objects as roots (rom_TestModel), drawn from the
+// seed and the step: its nodes and elements follow the previous step's in
+// their tables, and its materials go with the nodes that refer to them.
 
 namespace rom_Kill {
 
@@ -45,6 +49,14 @@ inline cow_String RowLabel(int i) {
 // A derived class's row i names row i of its base class's table.
 inline int BaseRow(int i) { return i; }
 
+// The objects of each step.
+constexpr int kNodesPerStep = 8;
+constexpr int kMaterialsPerStep = 2;
+inline rom_TestModel::Model StepModel(unsigned seed, int step) {
+  return rom_TestModel::Make(kNodesPerStep, kMaterialsPerStep, seed * 1000 + static_cast<unsigned>(step));
+}
+inline bool IsModelClass(unsigned int cid) { return cid >= rom_TestModel::kMaterial && cid <= rom_TestModel::kMarker; }
+
 inline void Register(cls_ClassRegistrar& registrar) {
   for (int k = 0; k < kClasses; ++k) {
     registrar.CreateClassMD(ClassName(k), ClassId(k), ClassVersion(k), nullptr, Derived(k) ? ClassId(0) : cls_kNoClass)
@@ -52,6 +64,7 @@ inline void Register(cls_ClassRegistrar& registrar) {
         .AddAttribute(cls_FieldHandle(2, "Value"), cls_AttrDouble)
         .AddAttribute(cls_FieldHandle(3, "Label"), cls_AttrString);
   }
+  rom_TestModel::Register(registrar);
 }
 
 // The classes made and the rows of each after every step.
@@ -99,9 +112,9 @@ private:
 class Writer {
 public:
   Writer(cls_ClassRegistrar const& registrar, rfm_File const& file, unsigned seed)
-      : m_Plan(seed), m_Transporter(registrar, file, kMagic, "killed", 1700000000, -1) {}
+      : m_Seed(seed), m_Plan(seed), m_Transporter(registrar, file, kMagic, "killed", 1700000000, -1) {}
 
-  // Makes the step's new classes and appends its rows.
+  // Makes the step's new classes, appends its rows and writes its objects.
   void Step(int step) {
     for (int k = m_Plan.ClassesAfter(step - 1); k < m_Plan.ClassesAfter(step); ++k)
       m_Transporter.GetClassBagForWrite(ClassId(k));
@@ -115,12 +128,14 @@ public:
         row.WriteFieldString(rfm_FieldHandle("Label", bag.MapField(3)), RowLabel(i));
       }
     }
+    rom_TestModel::Write(m_Transporter, StepModel(m_Seed, step));
   }
 
   void Flush() { m_Transporter.Flush(); }
   rom_Transporter& Transporter() { return m_Transporter; }
 
 private:
+  unsigned m_Seed;
   Plan m_Plan;
   rom_Transporter m_Transporter;
 };

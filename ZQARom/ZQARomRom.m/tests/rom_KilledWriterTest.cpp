@@ -1,22 +1,27 @@
 // A writer process makes a transporter file step by step (rom_KillWorkload):
 // new classes with their tables and catalogue rows, rows for every class,
-// and the transporter's Flush after each step; it dies by SIGKILL, at a
-// random moment or at one of the writes of a flush. A transporter must
-// then open the file read-only and find every class of its catalogue with
-// its table, named after the class, holding rows exactly as written: at
-// least those of the last completed flush, at most those of the step under
-// way, and the catalogue the classes of the one or the other.
+// objects written as roots, and the transporter's Flush after each step; it
+// dies by SIGKILL, at a random moment or at one of the writes of a flush. A
+// transporter must then open the file read-only and find every class of its
+// catalogue with its table, named after the class, holding rows exactly as
+// written: at least those of the last completed flush, at most those of the
+// step under way, and the catalogue the classes of the one or the other.
+// Objects likewise: every object of a completed flush reads back equal, with
+// the objects it refers to, and an object of the step under way is either
+// not in its table or reads back equal too.
 
 #include "atr_SubstituteFormat.h"
 #include "nex_PrimException.h"
 #include "rfm_DyingFile.h"
 #include "rom_CatalogFieldHandle.h"
 #include "rom_KillWorkload.h"
+#include "rom_Objects.h"
 #include "zqa_KilledChild.h"
 #include "zqa_TestDir.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <map>
@@ -99,8 +104,61 @@ int CheckClass(rom_Transporter& transporter, int k, int fewest, int most, bool c
   return rows;
 }
 
+// The objects of the steps up to last, one step's after the other's, as the
+// model's tables hold them.
+rom_TestModel::Model StepModels(unsigned seed, int last) {
+  rom_TestModel::Model all;
+  for (int step = 0; step <= last; ++step) {
+    rom_TestModel::Model const model = rom_Kill::StepModel(seed, step);
+    all.nodes.insert(all.nodes.end(), model.nodes.begin(), model.nodes.end());
+    all.hexes.insert(all.hexes.end(), model.hexes.begin(), model.hexes.end());
+    all.quads.insert(all.quads.end(), model.quads.begin(), model.quads.end());
+  }
+  return all;
+}
+
+// Checks the objects of one list of the model (nodes, hexes or quads) whose
+// class is T: at least those of the last completed flush, at most those of
+// the step under way, each read as a root and compared, with the objects it
+// refers to, with the one the writer wrote in its row. Answers their number.
+// As with rows, the last object of the flush under way may be torn by a cut
+// write.
+template <class T>
+int CheckObjects(rom_Transporter& transporter, std::vector<cow_COW<T>> rom_TestModel::Model::*list,
+                 rom_TestModel::Model const& written, int perStep, Death const& death, bool cutWrite) {
+  int const fewest = (death.Completed() + 1) * perStep;
+  int const most = (death.lastStep + 1) * perStep;
+  int const objects = transporter.GetTableSize(T::kClassId);
+  for (int oid = 0; oid < std::min(objects, most); ++oid) {
+    if (cutWrite && oid >= fewest && oid == objects - 1) break;
+    rom_TestModel::Model expected, read;
+    (expected.*list).push_back((written.*list)[static_cast<std::size_t>(oid)]);
+    (read.*list).push_back(rom_ReadObject<T>(transporter, oid));
+    EXPECT_EQ("", rom_TestModel::Difference(expected, read)) << "object " << oid << " of class " << std::hex << T::kClassId;
+  }
+  EXPECT_LE(fewest, objects) << "class " << T::kClassId << " lost objects of a completed flush";
+  EXPECT_GE(most, objects) << "class " << T::kClassId << " holds objects never written";
+  return objects;
+}
+
+// Checks every object the writer wrote; answers whether the file holds part
+// of the step under way.
+bool CheckModel(rom_Transporter& transporter, unsigned seed, Death const& death, bool cutWrite) {
+  rom_TestModel::Model const written = StepModels(seed, death.lastStep);
+  rom_TestModel::Model const one = rom_Kill::StepModel(seed, 0);
+  int const perStep[] = {static_cast<int>(one.nodes.size()), static_cast<int>(one.hexes.size()),
+                         static_cast<int>(one.quads.size())};
+  int const found[] = {
+      CheckObjects(transporter, &rom_TestModel::Model::nodes, written, perStep[0], death, cutWrite),
+      CheckObjects(transporter, &rom_TestModel::Model::hexes, written, perStep[1], death, cutWrite),
+      CheckObjects(transporter, &rom_TestModel::Model::quads, written, perStep[2], death, cutWrite)};
+  bool partial = false;
+  for (int i = 0; i < 3; ++i) partial = partial || found[i] != (death.Completed() + 1) * perStep[i];
+  return partial;
+}
+
 // Opens the file a writer left with a transporter and reads every class its
-// catalogue lists; answers what happened, and fails the test for anything
+// catalogue lists, and every object; answers what happened, and fails the test for anything
 // but the outcomes allowed. A file whose writer died before its first flush
 // was complete never was a whole transporter file: any of the library's
 // errors is an honest answer for it, though wrong data never is.
@@ -113,19 +171,26 @@ std::string CheckFile(cow_String const& name, unsigned seed, Death const& death,
   try {
     rom_Transporter transporter(registrar, rfm_File::Open(name, utl_FileAccessRead, false), rom_Kill::kMagic, -1);
     rfm_Table const& catalog = transporter.Catalog();
-    int const classes = catalog.Length();
-    EXPECT_LE(plan.ClassesAfter(completed), classes) << "classes of a completed flush are missing";
-    EXPECT_GE(plan.ClassesAfter(death.lastStep), classes) << "the catalogue holds classes never made";
-    bool partial = classes != plan.ClassesAfter(completed);
-    // The classes are made in order, each with its catalogue row.
-    for (int k = 0; k < std::min(classes, rom_Kill::kClasses); ++k) {
-      rfm_Row const row = catalog.ReadRow(k);
-      EXPECT_EQ(static_cast<int>(rom_Kill::ClassId(k)), row.ReadFieldInt(rom_CatalogFieldHandle(kRomCatalogClassId)));
+    // The series' classes are made in order, each with its catalogue row;
+    // the model's classes come between them, made by the first objects.
+    int classes = 0;
+    bool partial = false;
+    for (int i = 0; i < catalog.Length(); ++i) {
+      rfm_Row const row = catalog.ReadRow(i);
+      unsigned int const classId = static_cast<unsigned int>(row.ReadFieldInt(rom_CatalogFieldHandle(kRomCatalogClassId)));
+      if (rom_Kill::IsModelClass(classId)) continue;
+      int const k = classes++;
+      if (k >= rom_Kill::kClasses) break;
+      EXPECT_EQ(rom_Kill::ClassId(k), classId);
       EXPECT_EQ(rom_Kill::ClassName(k), row.ReadFieldString(rom_CatalogFieldHandle(kRomCatalogClassName)));
       EXPECT_EQ(rom_Kill::ClassVersion(k), row.ReadFieldInt(rom_CatalogFieldHandle(kRomCatalogClassVersion)));
       int const fewest = plan.RowsAfter(completed, k);
       partial = CheckClass(transporter, k, fewest, plan.RowsAfter(death.lastStep, k), cutWrite) != fewest || partial;
     }
+    EXPECT_LE(plan.ClassesAfter(completed), classes) << "classes of a completed flush are missing";
+    EXPECT_GE(plan.ClassesAfter(death.lastStep), classes) << "the catalogue holds classes never made";
+    partial = classes != plan.ClassesAfter(completed) || partial;
+    partial = CheckModel(transporter, seed, death, cutWrite) || partial;
     return partial ? "opened with part of the flush under way" : "opened with the last completed flush";
   } catch (Message const& e) {
     if (death.moment == Moment::BeforeFirstFlush) return notYet;

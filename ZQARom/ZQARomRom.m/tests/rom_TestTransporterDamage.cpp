@@ -178,6 +178,58 @@ void CatalogueDamage(DamageCases& cases, std::string const& bytes, DatabaseLayou
   }
 }
 
+// The references of the model's objects: object ids and class ids that
+// lead to no row, to a row of a class that is not the referred class or
+// derived from it, or to nothing at all must end in the library's error; a
+// null reference (object id -1 with no class, or a column without data), a
+// negative base class row (no base class part) and another row of the right
+// class are well formed.
+void ReferenceDamage(DamageCases& cases, std::string const& bytes, DatabaseLayout const& layout,
+                     rom_SampleTransporterFile::Contents const& contents) {
+  using Stored = rom_SampleTransporterFile::Contents::Stored;
+  for (auto const& reference : contents.m_References) {
+    int const table = reference.m_Table.Value();
+    auto const field = [&layout, table](Stored const& stored) { return layout.In(table, stored.m_At); };
+    auto const set = [&](Stored const& stored, std::int32_t value) {
+      DamageCase damage = Word("", field(stored), value, kStructure);
+      return damage.m_Edits;
+    };
+    auto const add = [&cases](std::string const& what, std::vector<std::pair<std::size_t, char>> edits,
+                              Meaning meaning) { cases.Add({what, std::move(edits), std::string::npos, meaning}); };
+    auto const withoutData = [&](Stored const& stored) {
+      std::size_t const at = layout.Locate(table, stored.m_PresenceAt);
+      return std::vector<std::pair<std::size_t, char>>{
+          {at, static_cast<char>(static_cast<unsigned char>(bytes.at(at)) & ~stored.m_PresenceMask)}};
+    };
+    std::string const oid = reference.m_What + (reference.m_Base ? "" : " object id");
+    std::int32_t const rows = reference.m_TargetRows;
+    for (std::int32_t value : {0, rows - 1}) add(oid + " = " + std::to_string(value), set(reference.m_Oid, value), kOtherValue);
+    for (std::int32_t value : {rows, rows + 1, kLargestInt})
+      add(oid + " = " + std::to_string(value), set(reference.m_Oid, value), kStructure);
+    add(oid + " without data", withoutData(reference.m_Oid), kOtherValue);
+    if (reference.m_Base) {
+      for (std::int32_t value : {-1, kSmallestInt})
+        add(oid + " = " + std::to_string(value), set(reference.m_Oid, value), kOtherValue);
+      continue;
+    }
+    for (std::int32_t value : {-1, -2, kSmallestInt})
+      add(oid + " = " + std::to_string(value), set(reference.m_Oid, value), kStructure);
+    std::string const classId = reference.m_What + " class id";
+    std::vector<std::int32_t> others = {0, static_cast<std::int32_t>(kRomNoClass),
+                                        static_cast<std::int32_t>(kRomInternalListClass), kLargestInt};
+    for (unsigned int other : rom_SampleTransporterFile::Classes()) others.push_back(static_cast<std::int32_t>(other));
+    others.erase(std::remove(others.begin(), others.end(), static_cast<std::int32_t>(reference.m_Target)),
+                 others.end());
+    for (std::int32_t value : others)
+      add(classId + " = " + Hex(static_cast<unsigned int>(value)), set(reference.m_ClassId, value), kStructure);
+    add(classId + " without data", withoutData(reference.m_ClassId), kOtherValue);
+    auto null = set(reference.m_Oid, -1);
+    auto const noClass = set(reference.m_ClassId, static_cast<std::int32_t>(kRomNoClass));
+    null.insert(null.end(), noClass.begin(), noClass.end());
+    add(reference.m_What + " null", null, kOtherValue);
+  }
+}
+
 }  // namespace
 
 std::vector<DamageCase> TransporterDamage(std::string const& bytes,
@@ -191,6 +243,7 @@ std::vector<DamageCase> TransporterDamage(std::string const& bytes,
   DamageCases cases(bytes);
   HeaderDamage(cases, layout, contents);
   CatalogueDamage(cases, bytes, layout, contents);
+  ReferenceDamage(cases, bytes, layout, contents);
   all.insert(all.end(), cases.Cases().begin(), cases.Cases().end());
   return all;
 }

@@ -16,7 +16,8 @@
 // wrong type, catalogue rows naming no table, a table that is no table, the
 // catalogue or another class's table, duplicated rows, class ids of no
 // class, of the internal classes or of another class, and rows without a
-// Class Version.
+// Class Version; and the references of the model's objects, which may lead
+// to no row, to a row of the wrong class, to another row or to nothing.
 std::vector<DamageCase> TransporterDamage(std::string const& bytes,
                                           rom_SampleTransporterFile::Contents const& contents);
 

@@ -35,7 +35,9 @@ constexpr unsigned int kQuad4 = 0x01000105;
 constexpr unsigned int kMarker = 0x01000106;
 constexpr double kRoomTemperature = 20.0;
 
-void Register(cls_ClassRegistrar& registrar, int nodeVersion = 1);
+// Registers the classes under their names, each after namePrefix, which
+// lets the model share a file with other classes of the same names.
+void Register(cls_ClassRegistrar& registrar, int nodeVersion = 1, char const* namePrefix = "");
 }  // namespace rom_TestModel
 
 struct rom_TestMaterial {

@@ -1,5 +1,7 @@
 #include "rom_TestModel.h"
 
+#include "ZQABasAssert.h"
+#include "atr_SubstituteFormat.h"
 #include "cls_CowDtor.h"
 #include "cls_Persistent.h"
 #include "rom_Objects.h"
@@ -10,6 +12,9 @@
 #include <sstream>
 
 namespace {
+char const kSourcePath[] = "ZQARom/ZQARomRomTestSupport.m/src/rom_TestModel";
+char const kUnknownKind[] = "unknown element kind \"%s\"";
+
 namespace NodeField {
 cls_FieldHandle const Id(1, "Id");
 cls_FieldHandle const X(2, "X");
@@ -35,10 +40,12 @@ cls_FieldHandle NodeOf(int corner) {
 rom_TestElement::Kind const kKinds[] = {rom_TestElement::Kind::kSolid, rom_TestElement::Kind::kShell,
                                         rom_TestElement::Kind::kContact};
 
+// A stored text that names no kind is raised as the library raises what it
+// finds wrong in a file, as a program built on it does.
 rom_TestElement::Kind KindOf(cow_String const& text) {
   for (rom_TestElement::Kind kind : kKinds)
     if (std::strcmp(text.CStr(), rom_TestModel::KindName(kind)) == 0) return kind;
-  throw std::runtime_error(std::string("unknown element kind ") + text.CStr());
+  nex_ThrowMessage(kSourcePath, __LINE__, atr_SubstituteFormat(kUnknownKind, text));
 }
 
 template <std::size_t N>
@@ -128,14 +135,15 @@ void rom_TestQuad4::DBWrite(cls_WriteVisitor const& visitor) const {
   visitor.WriteObj(kReference, m_Reference);
 }
 
-void rom_TestModel::Register(cls_ClassRegistrar& registrar, int nodeVersion) {
-  cls_Persistent<rom_TestMaterial>("Material", kMaterial, 1)
+void rom_TestModel::Register(cls_ClassRegistrar& registrar, int nodeVersion, char const* namePrefix) {
+  auto const name = [namePrefix](char const* className) { return cow_String(namePrefix).Append(className); };
+  cls_Persistent<rom_TestMaterial>(name("Material"), kMaterial, 1)
       .Identity(&rom_TestMaterial::uid)
       .Member(1, "Name", &rom_TestMaterial::name)
       .Member(2, "Young", &rom_TestMaterial::young)
       .Member(3, "Poisson", &rom_TestMaterial::poisson)
       .Register(registrar);
-  cls_ClassMetadata& node = registrar.Register<rom_TestNode>("Node", kNode, nodeVersion, cls_kNoClass)
+  cls_ClassMetadata& node = registrar.Register<rom_TestNode>(name("Node"), kNode, nodeVersion, cls_kNoClass)
                                 .AddAttribute(NodeField::Id, cls_AttrInt)
                                 .AddAttribute(NodeField::X, cls_AttrDouble)
                                 .AddAttribute(NodeField::Y, cls_AttrDouble)
@@ -143,19 +151,19 @@ void rom_TestModel::Register(cls_ClassRegistrar& registrar, int nodeVersion) {
                                 .AddAttribute(NodeField::Material, cls_AttrObjectCow, kMaterial)
                                 .AddDtor(&cls_CowDtor<rom_TestNode>);
   if (nodeVersion >= 2) node.AddAttribute(NodeField::Temperature, cls_AttrDouble);
-  registrar.CreateClassMD("Element", kElement, 1, nullptr, cls_kNoClass)
+  registrar.CreateClassMD(name("Element"), kElement, 1, nullptr, cls_kNoClass)
       .AddAttribute(ElementField::Id, cls_AttrInt)
       .AddAttribute(ElementField::Kind, cls_AttrEnum)
       .AddAttribute(ElementField::Material, cls_AttrObjectCow, kMaterial);
-  cls_ClassMetadata& hex = registrar.Register<rom_TestHex8>("Hex8", kHex8, 1, kElement);
+  cls_ClassMetadata& hex = registrar.Register<rom_TestHex8>(name("Hex8"), kHex8, 1, kElement);
   for (int corner = 0; corner < 8; ++corner) hex.AddAttribute(NodeOf(corner), cls_AttrObjectCow, kNode);
   hex.AddDtor(&cls_CowDtor<rom_TestHex8>);
-  cls_ClassMetadata& quad = registrar.Register<rom_TestQuad4>("Quad4", kQuad4, 1, kElement);
+  cls_ClassMetadata& quad = registrar.Register<rom_TestQuad4>(name("Quad4"), kQuad4, 1, kElement);
   for (int corner = 0; corner < 4; ++corner) quad.AddAttribute(NodeOf(corner), cls_AttrObjectCow, kNode);
   quad.AddAttribute(kThickness, cls_AttrDouble)
       .AddAttribute(kReference, cls_AttrObjectCow, kNode)
       .AddDtor(&cls_CowDtor<rom_TestQuad4>);
-  registrar.CreateClassMD("Marker", kMarker, 1, nullptr, cls_kNoClass);
+  registrar.CreateClassMD(name("Marker"), kMarker, 1, nullptr, cls_kNoClass);
 }
 
 rom_TestModel::Model rom_TestModel::Make(int nodes, int materials, unsigned int seed, int nodeVersion) {

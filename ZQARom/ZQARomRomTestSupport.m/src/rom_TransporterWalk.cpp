@@ -5,6 +5,8 @@
 #include "rfm_DatabaseWalk.h"
 #include "rfm_Row.h"
 #include "rom_HeaderLayout.h"
+#include "rom_Objects.h"
+#include "rom_TestModel.h"
 #include "rom_Transporter.h"
 #include "rom_ZDBHeaderParser.h"
 
@@ -119,6 +121,7 @@ std::string rom_TransporterWalk::Walk(cow_String const& name, cls_ClassRegistrar
               rfm_DatabaseWalk::Quoted(bag.Table().TableMetadata().TableName()) + " rows " +
               std::to_string(bag.Table().Length()));
     walk.Rows(md, bag);
+    walk.Objects(transporter, classId);
   }
   if (access == kForUpdate) transporter.Flush();
   return walk.m_Text;
@@ -144,4 +147,66 @@ void rom_TransporterWalk::Rows(cls_ClassMetadata const& md, rom_ClassBag const& 
     }
     Line(line);
   }
+}
+
+void rom_TransporterWalk::Objects(rom_Transporter& transporter, unsigned int cid) {
+  switch (cid) {
+    case rom_TestModel::kMaterial:
+      return ObjectsOf<rom_TestMaterial>(transporter, &rom_TransporterWalk::Describe);
+    case rom_TestModel::kNode:
+      return ObjectsOf<rom_TestNode>(transporter, &rom_TransporterWalk::Describe);
+    case rom_TestModel::kHex8:
+      return ObjectsOf<rom_TestHex8>(transporter, &rom_TransporterWalk::Describe);
+    case rom_TestModel::kQuad4:
+      return ObjectsOf<rom_TestQuad4>(transporter, &rom_TransporterWalk::Describe);
+    default:
+      // Element is built only as the base part of the others.
+      return;
+  }
+}
+
+template <class T>
+void rom_TransporterWalk::ObjectsOf(rom_Transporter& transporter,
+                                    std::string (rom_TransporterWalk::*describe)(T const&) const) {
+  int const objects = transporter.GetTableSize(T::kClassId);
+  for (int oid = 0; oid < objects; ++oid) {
+    cow_COW<T> const object = rom_ReadObject<T>(transporter, oid);
+    std::string const row = std::string(transporter.GetClassMD(T::kClassId).ClassName().CStr()) + "[" +
+                            std::to_string(oid) + "]";
+    Line("object " + row + (object.HasValue() ? " " + (this->*describe)(*object.ConstGet()) : " empty"));
+    m_Rows.emplace(object.ConstGet(), row);
+  }
+}
+
+std::string rom_TransporterWalk::Row(void const* object) const {
+  if (object == nullptr) return "null";
+  auto const found = m_Rows.find(object);
+  return found != m_Rows.end() ? found->second : "unwalked";
+}
+
+std::string rom_TransporterWalk::Describe(rom_TestMaterial const& material) const {
+  return "name=" + rfm_DatabaseWalk::Quoted(material.name) + " young=" + Bits(material.young) +
+         " poisson=" + Bits(material.poisson);
+}
+
+std::string rom_TransporterWalk::Describe(rom_TestNode const& node) const {
+  return "id=" + std::to_string(node.m_Id) + " x=" + Bits(node.m_X) + " y=" + Bits(node.m_Y) + " z=" + Bits(node.m_Z) +
+         " temperature=" + Bits(node.m_Temperature) + " material=" + Row(node.m_Material.ConstGet());
+}
+
+std::string rom_TransporterWalk::DescribeElement(rom_TestElement const& element) const {
+  return "id=" + std::to_string(element.m_Id) + " kind=" + rom_TestModel::KindName(element.m_Kind) +
+         " material=" + Row(element.m_Material.ConstGet());
+}
+
+std::string rom_TransporterWalk::Describe(rom_TestHex8 const& hex) const {
+  std::string text = DescribeElement(hex) + " nodes=";
+  for (auto const& node : hex.m_Nodes) text += " " + Row(node.ConstGet());
+  return text;
+}
+
+std::string rom_TransporterWalk::Describe(rom_TestQuad4 const& quad) const {
+  std::string text = DescribeElement(quad) + " thickness=" + Bits(quad.m_Thickness) + " nodes=";
+  for (auto const& node : quad.m_Nodes) text += " " + Row(node.ConstGet());
+  return text + " reference=" + Row(quad.m_Reference.ConstGet());
 }
