@@ -40,14 +40,14 @@ std::vector<Column> ColumnsOf(cls_AttributeType type) {
     case cls_AttrObjectPtr:
     case cls_AttrObjectLazy:
     case cls_AttrInternalCow:
-      return {{"#OID", rfm_TypeInt}, {"#ClassID", rfm_TypeInt}};
+      return {{kRomOidSuffix, rfm_TypeInt}, {kRomClassIdSuffix, rfm_TypeInt}};
     case cls_AttrList:
-      return {{"#Handle", rfm_TypeHandle}, {"#Columns", rfm_TypeInt}};
+      return {{kRomHandleSuffix, rfm_TypeHandle}, {kRomColumnsSuffix, rfm_TypeInt}};
     case cls_AttrMap:
     case cls_AttrBlob:
-      return {{"#Handle", rfm_TypeHandle}};
+      return {{kRomHandleSuffix, rfm_TypeHandle}};
     case cls_AttrDoubleCollection:
-      return {{"#Handle", rfm_TypeHandle}, {"#Handle2", rfm_TypeHandle}};
+      return {{kRomHandleSuffix, rfm_TypeHandle}, {kRomHandle2Suffix, rfm_TypeHandle}};
     default:
       return {{"", rfm_TypeInt}};
   }
