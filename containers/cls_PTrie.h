@@ -96,15 +96,6 @@ public:
 
   int Size() const noexcept { return m_Size; }
 
-  // One step of iter (see cls_PTrieIter): true if it found a next entry.
-  bool Next(Iter& iter) const {
-    if (m_Root == nullptr) {
-      iter.m_Current = nullptr;
-      return false;
-    }
-    return m_Root->Next(iter.m_Cursor, iter.m_Current);
-  }
-
   // For the nodes: a leaf was added or removed, or now holds the value that
   // Insert is to answer with.
   void IncSize() noexcept { ++m_Size; }
@@ -115,6 +106,9 @@ public:
   void SetItem(Leaf* leaf) noexcept { m_Item = leaf; }
 
 private:
+  // A walk starts at the root.
+  friend Iter;
+
   std::int32_t m_Size;
   Node* m_Root;
   Leaf* m_Item;

@@ -74,12 +74,7 @@ public:
     return survivor;
   }
 
-  // Along a cursor whose bit is clear, the set side follows the clear side.
-  bool Next(TrieKey& cursor, Leaf const*& current) const override {
-    if (cursor.BitSet(m_Bit)) return m_Set->Next(cursor, current);
-    if (m_Clear->Next(cursor, current)) return true;
-    return m_Set->Next(cursor, current);
-  }
+  Node const* Child(bool setSide) const override { return setSide ? m_Set : m_Clear; }
 
 private:
   Node const* Child(TrieKey const& key) const noexcept { return key.BitSet(m_Bit) ? m_Set : m_Clear; }

@@ -38,19 +38,7 @@ public:
     return nullptr;
   }
 
-  // Reached with no current leaf, this leaf is the next; reached with one,
-  // the walk has come down along the current key, so this is the current
-  // leaf and the search goes on in the next branch up.
-  bool Next(TrieKey& cursor, Leaf const*& current) const override {
-    if (current == nullptr) {
-      current = this;
-      cursor = m_Key;
-      return true;
-    }
-    current = nullptr;
-    cursor.Zero();
-    return false;
-  }
+  Node const* Child(bool) const override { return nullptr; }
 
 private:
   bool Holds(TrieKey const& key) const { return TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key) < 0; }

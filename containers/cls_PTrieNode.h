@@ -40,13 +40,9 @@ public:
   // when the answer is another; it then owns nothing that still lives.
   virtual cls_PTrieNode* Remove(Trie& trie, TrieKey const& key) = 0;
 
-  // One step of an iteration: walks down along cursor to the current leaf,
-  // and on the way back takes the next branch with current cleared and the
-  // cursor zeroed, which leads to the lowest leaf there; with no current
-  // leaf and a zero cursor it stops at the lowest leaf of the subtree. True
-  // once a new current leaf is set (cursor then holds its key), false if
-  // the subtree has none after the current one.
-  virtual bool Next(TrieKey& cursor, Leaf const*& current) const = 0;
+  // The child on the set side (setSide) or on the clear side of an
+  // internal node; null for a leaf. What a walk in key order descends by.
+  virtual cls_PTrieNode const* Child(bool setSide) const = 0;
 };
 
 #endif

@@ -297,6 +297,26 @@ TEST(PTrieTest, IterationGoesByClassThenObjectAndStaysDoneAtTheEnd) {
   EXPECT_TRUE(walk.IsDone());
 }
 
+// Zero and every single bit of a two-word key: each branch parts one key
+// from all those below it, so the lowest keys lie as deep as the key is wide.
+TEST(PTrieTest, IterationWalksATrieAsDeepAsItsKeyIsWide) {
+  cls_PTrie<ClassObject, int, 2> trie;
+  std::vector<std::pair<unsigned int, unsigned int> > expected{{0, 0}};
+  trie.Insert({0, 0}, 0);
+  for (int bit = 0; bit < 64; ++bit) {
+    ClassObject const key{bit < 32 ? 0u : 1u << (bit - 32), bit < 32 ? 1u << bit : 0u};
+    trie.Insert(key, bit + 1);
+    expected.emplace_back(key.m_ClassId, key.m_ObjectId);
+  }
+  std::vector<std::pair<unsigned int, unsigned int> > order;
+  int value = 0;
+  for (cls_PTrieIter<ClassObject, int, 2> walk(trie); !walk.IsDone(); walk.Next()) {
+    order.emplace_back(walk.CurrentKey().m_ClassId, walk.CurrentKey().m_ObjectId);
+    EXPECT_EQ(walk.CurrentValue(), value++);
+  }
+  EXPECT_EQ(order, expected);
+}
+
 TEST(PTrieTest, ConstGetOfAnAbsentKeyAborts) {
   cls_PTrie<unsigned int, int, 1> trie;
   // abort(), not a fault from following a null leaf.
