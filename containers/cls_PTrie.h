@@ -21,9 +21,9 @@ class cls_PTrieIter;
 //
 // Invariants: m_Root is null exactly when m_Size is 0; a trie of n entries
 // has n leaves and n - 1 internal nodes, and owns them all. m_Item is the
-// leaf last inserted or updated; it is an answer channel from the nodes to
-// Insert and is read nowhere else, so it may be left naming a leaf removed
-// since.
+// leaf last inserted or updated (null after InsertNew of a present key); it
+// is an answer channel from the nodes to Insert and is read nowhere else,
+// so it may be left naming a leaf removed since.
 //
 // Lookups convert the key on their own stack, so a trie that nobody changes
 // may be read from several threads at once. A trie owns its nodes and is
@@ -46,19 +46,11 @@ public:
   // Adds key with value, or gives a present key the new value (the size
   // stays). Returns the value as the trie holds it, valid until the key is
   // removed or the trie cleared.
-  V* Insert(K const& key, V const& value) {
-    TrieKey const words(key);
-    if (m_Root == nullptr) {
-      auto const leaf = new Leaf(key, value);
-      m_Root = leaf;
-      IncSize();
-      SetItem(leaf);
-    } else {
-      int const bit = m_Root->Insert(*this, words, key, value);
-      if (bit < TrieKey::kBits) m_Root = InternalNode::Branch(*this, bit, words, key, value, m_Root);
-    }
-    return &m_Item->Value();
-  }
+  V* Insert(K const& key, V const& value) { return Put(key, value, true); }
+
+  // Adds key with value and returns the value as Insert does; null, changing
+  // nothing, if key is present. One walk where IsMember and Insert take two.
+  V* InsertNew(K const& key, V const& value) { return Put(key, value, false); }
 
   // Takes key out; false, changing nothing, if it is absent.
   bool Remove(K const& key) {
@@ -97,7 +89,7 @@ public:
   int Size() const noexcept { return m_Size; }
 
   // For the nodes: a leaf was added or removed, or now holds the value that
-  // Insert is to answer with.
+  // Insert is to answer with (null: a present key kept its value).
   void IncSize() noexcept { ++m_Size; }
   void DecSize() noexcept {
     if (m_Size == 0) std::abort();
@@ -108,6 +100,22 @@ public:
 private:
   // A walk starts at the root.
   friend Iter;
+
+  // The leaves answer a present key with the item null when they keep its
+  // value (replace false).
+  V* Put(K const& key, V const& value, bool replace) {
+    TrieKey const words(key);
+    if (m_Root == nullptr) {
+      auto const leaf = new Leaf(key, value);
+      m_Root = leaf;
+      IncSize();
+      SetItem(leaf);
+    } else {
+      int const bit = m_Root->Insert(*this, words, key, value, replace);
+      if (bit < TrieKey::kBits) m_Root = InternalNode::Branch(*this, bit, words, key, value, m_Root);
+    }
+    return m_Item != nullptr ? &m_Item->Value() : nullptr;
+  }
 
   std::int32_t m_Size;
   Node* m_Root;

@@ -49,9 +49,9 @@ public:
   // A branch bit above this node's goes up to where it belongs (the
   // placed-entry answer kBits is above every bit); one below it stands
   // between this node and the child.
-  int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value) override {
+  int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value, bool replace) override {
     Node*& child = Child(key);
-    int const bit = child->Insert(trie, key, entry, value);
+    int const bit = child->Insert(trie, key, entry, value, replace);
     if (bit > m_Bit) return bit;
     child = Branch(trie, bit, key, entry, value, child);
     return TrieKey::kBits;

@@ -22,13 +22,17 @@ public:
 
   Leaf const* Locate(TrieKey const& key) const override { return Holds(key) ? this : nullptr; }
 
-  // An equal key takes the new value here; any other needs a branch at the
-  // highest bit where it differs from this leaf's key.
-  int Insert(Trie& trie, TrieKey const& key, K const&, V const& value) override {
+  // An equal key takes the new value here (or keeps its own); any other
+  // needs a branch at the highest bit where it differs from this leaf's key.
+  int Insert(Trie& trie, TrieKey const& key, K const&, V const& value, bool replace) override {
     int const bit = TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key);
     if (bit >= 0) return bit;
-    m_Value = value;
-    trie.SetItem(this);
+    if (replace) {
+      m_Value = value;
+      trie.SetItem(this);
+    } else {
+      trie.SetItem(nullptr);
+    }
     return TrieKey::kBits;
   }
 

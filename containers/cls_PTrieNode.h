@@ -30,9 +30,11 @@ public:
 
   // Puts entry (its words in key) into this subtree, telling the trie of a
   // new leaf (its size) and of the leaf that now holds the value (its item).
-  // Returns TrieKey::kBits once the entry is placed, or else the number of
-  // the bit at which a new branch must stand, above this subtree.
-  virtual int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value) = 0;
+  // A present key takes value only if replace is set; otherwise it keeps
+  // its own and the item is null. Returns TrieKey::kBits once the entry is
+  // placed, or else the number of the bit at which a new branch must
+  // stand, above this subtree.
+  virtual int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value, bool replace) = 0;
 
   // Takes key out of this subtree and returns what replaces the subtree:
   // this node if it stays, null if the subtree is gone, or the surviving

@@ -39,16 +39,22 @@ rom_HistoryEntry* rom_History::GetEntry(cls_Uid const& uid) const {
 
 rom_HistoryEntry* rom_History::MakeEntry(cls_Uid const& uid, unsigned int cid, int oid) {
   rom_CidOid const row(cid, oid);
-  if (m_CidOid2EntryMap.IsMember(row))
+  // The row's place is taken first, in the one walk that tells whether it
+  // has an entry: a row that has one raises with nothing changed. An entry
+  // that cannot be made gives its place back.
+  rom_HistoryEntry** const place = m_CidOid2EntryMap.InsertNew(row, nullptr);
+  if (place == nullptr)
     nex_ThrowAssertion(kSourcePath, __LINE__, "!m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid))");
-  auto* entry = new rom_HistoryEntry(*this, uid, row);
-  m_CidOid2EntryMap.Insert(row, entry);
-  return entry;
+  try {
+    *place = new rom_HistoryEntry(*this, uid, row);
+  } catch (...) {
+    m_CidOid2EntryMap.Remove(row);
+    throw;
+  }
+  return *place;
 }
 
 rom_HistoryEntry* rom_History::MakePermanentEntry(cls_Uid const& uid, unsigned int cid, int oid) {
-  if (m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid)))
-    nex_ThrowAssertion(kSourcePath, __LINE__, "!m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid))");
   rom_HistoryEntry* entry = MakeEntry(uid, cid, oid);
   // After MakeEntry, which gives a null uid its identity: the kept copy
   // names the identity the entry is on.
