@@ -30,10 +30,17 @@ cls_CowValue const& rom_CowBarn::Insert(unsigned int cid, int oid, cls_CowValue 
   // ends run the objects' destructors, which may ask the barn.
   Stall_ byAddress;
   Stall_ byId;
-  if (rom_CowBarnStall const* old = Stall(value)) Remove(*old, byAddress);
-  if (rom_CowBarnStall const* old = Stall(cid, oid)) Remove(*old, byId);
-  m_ByAddress.Insert(value.Address(), stall);
-  m_ById.Insert(stall.ConstGet()->Row(), stall);
+  // A value new to the barn, at a row of its own, takes one walk of each
+  // trie. An old stall at the address leaves both tries before the one at
+  // the row is looked for: it may be the same.
+  if (m_ByAddress.InsertNew(value.Address(), stall) == nullptr) {
+    Remove(*Stall(value), byAddress);
+    m_ByAddress.Insert(value.Address(), stall);
+  }
+  if (m_ById.InsertNew(stall.ConstGet()->Row(), stall) == nullptr) {
+    Remove(*Stall(cid, oid), byId);
+    m_ById.Insert(stall.ConstGet()->Row(), stall);
+  }
   return stall.ConstGet()->Value();
 }
 

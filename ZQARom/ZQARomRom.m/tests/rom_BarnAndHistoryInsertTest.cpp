@@ -1,6 +1,11 @@
+#include "cls_ClassRegistrar.h"
+#include "cls_CowDtor.h"
+#include "cls_CowValue.h"
 #include "cls_Uid.h"
+#include "cow_COW.h"
 #include "cow_String.h"
 #include "nex_PrimException.h"
+#include "rom_CowBarn.h"
 #include "rom_History.h"
 #include "rom_HistoryEntry.h"
 #include "zqa_TextOf.h"
@@ -14,6 +19,38 @@ using Assertion = nex_PrimException<cow_String, 3>;
 struct Part {
   static constexpr unsigned int kClassId = 0x01000301;
 };
+
+TEST(CowBarnInsertTest, EachAddressAndRowKeepOnlyTheNewestStallAndReplacedStallsLetGo) {
+  cls_ClassRegistrar registrar;
+  cls_ClassMetadata const& md =
+      registrar.CreateClassMD("Part", Part::kClassId, 1, nullptr, cls_kNoClass).AddDtor(&cls_CowDtor<Part>);
+  cow_COW<Part> a(new Part), b(new Part), c(new Part);
+  rom_CowBarn barn;
+
+  // The same value at the same row again: one stall, one share of the barn.
+  barn.Insert(1, 0, cls_CowValue(a), md);
+  barn.Insert(1, 0, cls_CowValue(a), md);
+  EXPECT_EQ(barn.Size(), 1);
+  EXPECT_EQ(cls_CowValue(a).ReferenceCount(), 3);  // a, the probe, the barn
+
+  // An address held at one row and a row held by another address: both
+  // old stalls go, and their shares with them.
+  barn.Insert(1, 1, cls_CowValue(b), md);
+  barn.Insert(1, 1, cls_CowValue(a), md);
+  EXPECT_EQ(barn.Size(), 1);
+  EXPECT_FALSE(barn.IsPresent(1, 0));
+  EXPECT_FALSE(barn.IsPresent(cls_CowValue(b)));
+  EXPECT_EQ(barn.Stall(cls_CowValue(a))->Row(), rom_CidOid(1, 1));
+  EXPECT_EQ(barn.Stall(1, 1)->Value().Address(), cls_CowValue(a).Address());
+  EXPECT_EQ(cls_CowValue(a).ReferenceCount(), 3);
+  EXPECT_EQ(cls_CowValue(b).ReferenceCount(), 2);  // b and the probe
+
+  // A new value at a new row leaves the others where they are.
+  EXPECT_EQ(barn.Insert(2, 0, cls_CowValue(c), md).Address(), cls_CowValue(c).Address());
+  EXPECT_EQ(barn.Size(), 2);
+  EXPECT_EQ(barn.Stall(1, 1)->Value().Address(), cls_CowValue(a).Address());
+  EXPECT_EQ(barn.Stall(cls_CowValue(c))->Row(), rom_CidOid(2, 0));
+}
 
 TEST(HistoryMakeEntryTest, ARowThatHasAnEntryRaisesAndNothingChanges) {
   rom_History history;
