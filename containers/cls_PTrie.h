@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 template <class K, class V, int N>
 class cls_PTrieIter;
@@ -84,6 +85,14 @@ public:
     delete m_Root;
     m_Root = nullptr;
     m_Size = 0;
+  }
+
+  // Exchanges the entries of the two tries: an owner can empty its trie
+  // first and let the entries end afterwards, when they may ask it again.
+  void Swap(cls_PTrie& other) noexcept {
+    std::swap(m_Size, other.m_Size);
+    std::swap(m_Root, other.m_Root);
+    std::swap(m_Item, other.m_Item);
   }
 
   int Size() const noexcept { return m_Size; }

@@ -266,6 +266,28 @@ TEST(PTrieTest, InsertingANewKeyOnlyAddsAnAbsentOneAndLeavesAPresentOneAsItWas) 
   EXPECT_EQ(trie.ConstGet({3, 5}), 22);
 }
 
+TEST(PTrieTest, SwappedTriesHoldEachOthersEntriesAndStayUsable) {
+  {
+    cls_PTrie<ClassObject, omi_CountedValue, 2> full, empty;
+    full.Insert({1, 1}, omi_CountedValue(11));
+    full.Insert({1, 2}, omi_CountedValue(12));
+    full.Swap(empty);
+    EXPECT_EQ(full.Size(), 0);
+    EXPECT_FALSE(full.IsMember({1, 1}));
+    cls_PTrieIter<ClassObject, omi_CountedValue, 2> const walk(full);
+    EXPECT_TRUE(walk.IsDone());
+    EXPECT_EQ(empty.Size(), 2);
+    EXPECT_EQ(empty.ConstGet({1, 2}).m_Value, 12);
+    // Each goes on with what it holds now.
+    EXPECT_EQ(full.Insert({2, 0}, omi_CountedValue(20))->m_Value, 20);
+    EXPECT_TRUE(empty.Remove({1, 1}));
+    EXPECT_EQ(empty.InsertNew({1, 3}, omi_CountedValue(13))->m_Value, 13);
+    EXPECT_EQ(full.Size(), 1);
+    EXPECT_EQ(empty.Size(), 2);
+  }
+  EXPECT_EQ(omi_CountedValue::s_Live, 0);
+}
+
 TEST(PTrieTest, RemovingABranchesLeafLeavesItsSiblingInItsPlace) {
   ClassObject const low{0, 0}, high{1, 0};
   for (bool removeLow : {true, false}) {

@@ -4,8 +4,6 @@
 #include "cls_PTrieIter.h"
 #include "cls_Static.h"
 
-#include <vector>
-
 rom_CowBarnStall::rom_CowBarnStall(rom_CidOid const& row, cls_CowValue const& value,
                                    cls_ClassMetadata const& metadata)
     : m_Row(row), m_Value(value), m_Metadata(&metadata) {}
@@ -66,11 +64,10 @@ void rom_CowBarn::CleanStalls() {
 }
 
 void rom_CowBarn::Clear() {
-  std::vector<Stall_> stalls;
-  stalls.reserve(static_cast<std::size_t>(m_ById.Size()));
-  for (cls_PTrieIter<rom_CidOid, Stall_, 2> it(m_ById); !it.IsDone(); it.Next()) stalls.push_back(it.CurrentValue());
-  m_ById.Clear();
-  m_ByAddress.Clear();
-  // The objects end here, with both tries empty and consistent.
-  stalls.clear();
+  cls_PTrie<void const*, Stall_, 2> byAddress;
+  cls_PTrie<rom_CidOid, Stall_, 2> byId;
+  byAddress.Swap(m_ByAddress);
+  byId.Swap(m_ById);
+  // The objects end here, as the stalls taken out go, with both tries
+  // empty and consistent.
 }

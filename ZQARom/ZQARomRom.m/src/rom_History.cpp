@@ -4,22 +4,18 @@
 #include "cls_PTrieIter.h"
 #include "rom_HistoryEntry.h"
 
-#include <vector>
-
 namespace {
 char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_History";
 }
 
 rom_History::~rom_History() {
-  // The entries are taken out of the map before any of them ends: an
-  // entry's end would otherwise change the map under the walk.
-  std::vector<rom_HistoryEntry*> entries;
-  entries.reserve(static_cast<std::size_t>(m_CidOid2EntryMap.Size()));
-  for (cls_PTrieIter<rom_CidOid, rom_HistoryEntry*, 2> it(m_CidOid2EntryMap); !it.IsDone(); it.Next())
-    entries.push_back(it.CurrentValue());
+  // The entries are taken out of the map before any of them ends, and
+  // MapRemove leaves the map alone from here on: the walk sees no change.
+  // An entry's end leaves its identity's ring and ends nothing else.
+  cls_PTrie<rom_CidOid, rom_HistoryEntry*, 2> entries;
+  entries.Swap(m_CidOid2EntryMap);
   m_Destroying = true;
-  m_CidOid2EntryMap.Clear();
-  for (rom_HistoryEntry* entry : entries) delete entry;
+  for (cls_PTrieIter<rom_CidOid, rom_HistoryEntry*, 2> it(entries); !it.IsDone(); it.Next()) delete it.CurrentValue();
 }
 
 rom_HistoryEntry* rom_History::GetEntry(unsigned int cid, int oid) const {

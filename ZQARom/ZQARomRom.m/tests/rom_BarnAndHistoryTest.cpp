@@ -52,6 +52,51 @@ TEST(CowBarnInsertTest, EachAddressAndRowKeepOnlyTheNewestStallAndReplacedStalls
   EXPECT_EQ(barn.Stall(cls_CowValue(c))->Row(), rom_CidOid(2, 0));
 }
 
+// A value whose end asks the barn that lets it go what it holds.
+struct Asking {
+  static constexpr unsigned int kClassId = 0x01000302;
+  ~Asking() {
+    *sizeSeen = barn->Size();
+    *otherSeen = barn->IsPresent(cls_CowValue(other)) || barn->IsPresent(1, 0);
+  }
+  rom_CowBarn const* barn = nullptr;
+  cow_COW<Part> other;
+  int* sizeSeen = nullptr;
+  bool* otherSeen = nullptr;
+};
+
+TEST(CowBarnClearTest, EveryValueGoesAndTheirEndsFindTheBarnEmpty) {
+  cls_ClassRegistrar registrar;
+  cls_ClassMetadata const& partMd =
+      registrar.CreateClassMD("Part", Part::kClassId, 1, nullptr, cls_kNoClass).AddDtor(&cls_CowDtor<Part>);
+  cls_ClassMetadata const& askingMd =
+      registrar.CreateClassMD("Asking", Asking::kClassId, 1, nullptr, cls_kNoClass).AddDtor(&cls_CowDtor<Asking>);
+  rom_CowBarn barn;
+  cow_COW<Part> part(new Part);
+  int sizeSeen = -1;
+  bool otherSeen = true;
+  {
+    auto* asking = new Asking;
+    asking->barn = &barn;
+    asking->other = part;
+    asking->sizeSeen = &sizeSeen;
+    asking->otherSeen = &otherSeen;
+    cow_COW<Asking> held(asking);
+    barn.Insert(1, 0, cls_CowValue(part), partMd);
+    barn.Insert(2, 0, cls_CowValue(held), askingMd);
+  }
+  EXPECT_EQ(cls_CowValue(part).ReferenceCount(), 4);  // part, the probe, the barn, the asking value
+
+  barn.Clear();
+  EXPECT_EQ(sizeSeen, 0);
+  EXPECT_FALSE(otherSeen);
+  EXPECT_EQ(barn.Size(), 0);
+  EXPECT_FALSE(barn.IsPresent(cls_CowValue(part)));
+  EXPECT_EQ(cls_CowValue(part).ReferenceCount(), 2);  // part and the probe
+  barn.Insert(1, 0, cls_CowValue(part), partMd);
+  EXPECT_EQ(barn.Stall(cls_CowValue(part))->Row(), rom_CidOid(1, 0));
+}
+
 TEST(HistoryMakeEntryTest, ARowThatHasAnEntryRaisesAndNothingChanges) {
   rom_History history;
   cls_Uid first;
