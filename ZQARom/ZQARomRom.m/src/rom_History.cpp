@@ -36,18 +36,32 @@ rom_HistoryEntry* rom_History::GetEntry(cls_Uid const& uid) const {
 rom_HistoryEntry* rom_History::MakeEntry(cls_Uid const& uid, unsigned int cid, int oid) {
   rom_CidOid const row(cid, oid);
   // The row's place is taken first, in the one walk that tells whether it
-  // has an entry: a row that has one raises with nothing changed. An entry
-  // that cannot be made gives its place back.
+  // has an entry: a row that has one raises with nothing changed.
   rom_HistoryEntry** const place = m_CidOid2EntryMap.InsertNew(row, nullptr);
   if (place == nullptr)
     nex_ThrowAssertion(kSourcePath, __LINE__, "!m_CidOid2EntryMap.IsMember(rom_CidOid(cid, oid))");
+  return Enter(*place, uid, row);
+}
+
+cls_Uid rom_History::RowIdentity(unsigned int cid, int oid) {
+  rom_CidOid const row(cid, oid);
+  rom_HistoryEntry** const place = m_CidOid2EntryMap.InsertNew(row, nullptr);
+  if (place == nullptr) return GetEntry(cid, oid)->GetUid();
+  cls_Uid uid;
+  uid.AllocateUid();
+  Enter(*place, uid, row);
+  return uid;
+}
+
+rom_HistoryEntry* rom_History::Enter(rom_HistoryEntry*& place, cls_Uid const& uid, rom_CidOid const& row) {
+  // An entry that cannot be made gives its place back.
   try {
-    *place = new rom_HistoryEntry(*this, uid, row);
+    place = new rom_HistoryEntry(*this, uid, row);
   } catch (...) {
     m_CidOid2EntryMap.Remove(row);
     throw;
   }
-  return *place;
+  return place;
 }
 
 rom_HistoryEntry* rom_History::MakePermanentEntry(cls_Uid const& uid, unsigned int cid, int oid) {

@@ -123,4 +123,21 @@ TEST(HistoryMakeEntryTest, ARowThatHasAnEntryRaisesAndNothingChanges) {
   EXPECT_EQ(history.GetEntry(second), history.GetEntry(Part::kClassId, 3));
 }
 
+TEST(HistoryRowIdentityTest, ARowGetsOneIdentityThatLastsWhileItIsHeld) {
+  rom_History history;
+  cls_Uid written;
+  history.MakeEntry(written, Part::kClassId, 1);
+  // A row with an entry answers its identity; a new row gets a new one.
+  EXPECT_EQ(history.RowIdentity(Part::kClassId, 1), written);
+  cls_Uid read = history.RowIdentity(Part::kClassId, 2);
+  EXPECT_FALSE(read.IsNull());
+  EXPECT_NE(read, written);
+  EXPECT_EQ(history.RowIdentity(Part::kClassId, 2), read);
+  EXPECT_EQ(history.GetEntry(read), history.GetEntry(Part::kClassId, 2));
+  EXPECT_EQ(history.Size(), 2);
+  read = cls_Uid();
+  EXPECT_EQ(history.GetEntry(Part::kClassId, 2), nullptr);
+  EXPECT_EQ(history.Size(), 1);
+}
+
 }  // namespace
