@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <utility>
 
 template <class K, class V, int N>
 class cls_PTrieIter;
@@ -21,9 +22,9 @@ class cls_PTrieIter;
 //
 // Invariants: m_Root is null exactly when m_Size is 0; a trie of n entries
 // has n leaves and n - 1 internal nodes, and owns them all. m_Item is the
-// leaf last inserted or updated; it is an answer channel from the nodes to
-// Insert and is read nowhere else, so it may be left naming a leaf removed
-// since.
+// leaf last inserted or updated (null after InsertNew of a present key); it
+// is an answer channel from the nodes to Insert and is read nowhere else,
+// so it may be left naming a leaf removed since.
 //
 // Lookups convert the key on their own stack, so a trie that nobody changes
 // may be read from several threads at once. A trie owns its nodes and is
@@ -46,19 +47,11 @@ public:
   // Adds key with value, or gives a present key the new value (the size
   // stays). Returns the value as the trie holds it, valid until the key is
   // removed or the trie cleared.
-  V* Insert(K const& key, V const& value) {
-    TrieKey const words(key);
-    if (m_Root == nullptr) {
-      auto const leaf = new Leaf(key, value);
-      m_Root = leaf;
-      IncSize();
-      SetItem(leaf);
-    } else {
-      int const bit = m_Root->Insert(*this, words, key, value);
-      if (bit < TrieKey::kBits) m_Root = InternalNode::Branch(*this, bit, words, key, value, m_Root);
-    }
-    return &m_Item->Value();
-  }
+  V* Insert(K const& key, V const& value) { return Put(key, value, true); }
+
+  // Adds key with value and returns the value as Insert does; null, changing
+  // nothing, if key is present. One walk where IsMember and Insert take two.
+  V* InsertNew(K const& key, V const& value) { return Put(key, value, false); }
 
   // Takes key out; false, changing nothing, if it is absent.
   bool Remove(K const& key) {
@@ -94,19 +87,18 @@ public:
     m_Size = 0;
   }
 
-  int Size() const noexcept { return m_Size; }
-
-  // One step of iter (see cls_PTrieIter): true if it found a next entry.
-  bool Next(Iter& iter) const {
-    if (m_Root == nullptr) {
-      iter.m_Current = nullptr;
-      return false;
-    }
-    return m_Root->Next(iter.m_Cursor, iter.m_Current);
+  // Exchanges the entries of the two tries: an owner can empty its trie
+  // first and let the entries end afterwards, when they may ask it again.
+  void Swap(cls_PTrie& other) noexcept {
+    std::swap(m_Size, other.m_Size);
+    std::swap(m_Root, other.m_Root);
+    std::swap(m_Item, other.m_Item);
   }
 
+  int Size() const noexcept { return m_Size; }
+
   // For the nodes: a leaf was added or removed, or now holds the value that
-  // Insert is to answer with.
+  // Insert is to answer with (null: a present key kept its value).
   void IncSize() noexcept { ++m_Size; }
   void DecSize() noexcept {
     if (m_Size == 0) std::abort();
@@ -115,6 +107,25 @@ public:
   void SetItem(Leaf* leaf) noexcept { m_Item = leaf; }
 
 private:
+  // A walk starts at the root.
+  friend Iter;
+
+  // The leaves answer a present key with the item null when they keep its
+  // value (replace false).
+  V* Put(K const& key, V const& value, bool replace) {
+    TrieKey const words(key);
+    if (m_Root == nullptr) {
+      auto const leaf = new Leaf(key, value);
+      m_Root = leaf;
+      IncSize();
+      SetItem(leaf);
+    } else {
+      int const bit = m_Root->Insert(*this, words, key, value, replace);
+      if (bit < TrieKey::kBits) m_Root = InternalNode::Branch(*this, bit, words, key, value, m_Root);
+    }
+    return m_Item != nullptr ? &m_Item->Value() : nullptr;
+  }
+
   std::int32_t m_Size;
   Node* m_Root;
   Leaf* m_Item;

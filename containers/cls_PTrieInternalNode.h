@@ -49,9 +49,9 @@ public:
   // A branch bit above this node's goes up to where it belongs (the
   // placed-entry answer kBits is above every bit); one below it stands
   // between this node and the child.
-  int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value) override {
+  int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value, bool replace) override {
     Node*& child = Child(key);
-    int const bit = child->Insert(trie, key, entry, value);
+    int const bit = child->Insert(trie, key, entry, value, replace);
     if (bit > m_Bit) return bit;
     child = Branch(trie, bit, key, entry, value, child);
     return TrieKey::kBits;
@@ -74,12 +74,7 @@ public:
     return survivor;
   }
 
-  // Along a cursor whose bit is clear, the set side follows the clear side.
-  bool Next(TrieKey& cursor, Leaf const*& current) const override {
-    if (cursor.BitSet(m_Bit)) return m_Set->Next(cursor, current);
-    if (m_Clear->Next(cursor, current)) return true;
-    return m_Set->Next(cursor, current);
-  }
+  Node const* Child(bool setSide) const override { return setSide ? m_Set : m_Clear; }
 
 private:
   Node const* Child(TrieKey const& key) const noexcept { return key.BitSet(m_Bit) ? m_Set : m_Clear; }

@@ -22,13 +22,17 @@ public:
 
   Leaf const* Locate(TrieKey const& key) const override { return Holds(key) ? this : nullptr; }
 
-  // An equal key takes the new value here; any other needs a branch at the
-  // highest bit where it differs from this leaf's key.
-  int Insert(Trie& trie, TrieKey const& key, K const&, V const& value) override {
+  // An equal key takes the new value here (or keeps its own); any other
+  // needs a branch at the highest bit where it differs from this leaf's key.
+  int Insert(Trie& trie, TrieKey const& key, K const&, V const& value, bool replace) override {
     int const bit = TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key);
     if (bit >= 0) return bit;
-    m_Value = value;
-    trie.SetItem(this);
+    if (replace) {
+      m_Value = value;
+      trie.SetItem(this);
+    } else {
+      trie.SetItem(nullptr);
+    }
     return TrieKey::kBits;
   }
 
@@ -38,19 +42,7 @@ public:
     return nullptr;
   }
 
-  // Reached with no current leaf, this leaf is the next; reached with one,
-  // the walk has come down along the current key, so this is the current
-  // leaf and the search goes on in the next branch up.
-  bool Next(TrieKey& cursor, Leaf const*& current) const override {
-    if (current == nullptr) {
-      current = this;
-      cursor = m_Key;
-      return true;
-    }
-    current = nullptr;
-    cursor.Zero();
-    return false;
-  }
+  Node const* Child(bool) const override { return nullptr; }
 
 private:
   bool Holds(TrieKey const& key) const { return TrieKey(m_Key).FirstBit(TrieKey::kBits - 1, key) < 0; }

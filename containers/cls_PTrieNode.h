@@ -30,9 +30,11 @@ public:
 
   // Puts entry (its words in key) into this subtree, telling the trie of a
   // new leaf (its size) and of the leaf that now holds the value (its item).
-  // Returns TrieKey::kBits once the entry is placed, or else the number of
-  // the bit at which a new branch must stand, above this subtree.
-  virtual int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value) = 0;
+  // A present key takes value only if replace is set; otherwise it keeps
+  // its own and the item is null. Returns TrieKey::kBits once the entry is
+  // placed, or else the number of the bit at which a new branch must
+  // stand, above this subtree.
+  virtual int Insert(Trie& trie, TrieKey const& key, K const& entry, V const& value, bool replace) = 0;
 
   // Takes key out of this subtree and returns what replaces the subtree:
   // this node if it stays, null if the subtree is gone, or the surviving
@@ -40,13 +42,9 @@ public:
   // when the answer is another; it then owns nothing that still lives.
   virtual cls_PTrieNode* Remove(Trie& trie, TrieKey const& key) = 0;
 
-  // One step of an iteration: walks down along cursor to the current leaf,
-  // and on the way back takes the next branch with current cleared and the
-  // cursor zeroed, which leads to the lowest leaf there; with no current
-  // leaf and a zero cursor it stops at the lowest leaf of the subtree. True
-  // once a new current leaf is set (cursor then holds its key), false if
-  // the subtree has none after the current one.
-  virtual bool Next(TrieKey& cursor, Leaf const*& current) const = 0;
+  // The child on the set side (setSide) or on the clear side of an
+  // internal node; null for a leaf. What a walk in key order descends by.
+  virtual cls_PTrieNode const* Child(bool setSide) const = 0;
 };
 
 #endif

@@ -32,6 +32,9 @@ public:
   rom_HistoryEntry* MakeEntry(cls_Uid const& uid, unsigned int cid, int oid);
   // The same, and the history keeps the identity for as long as it lives.
   rom_HistoryEntry* MakePermanentEntry(cls_Uid const& uid, unsigned int cid, int oid);
+  // The identity of the object in the row: its entry's, or a new one
+  // entered for it. A row new to the history takes one walk of the map.
+  cls_Uid RowIdentity(unsigned int cid, int oid);
   // Forgets the row's entry; an entry calls it as it ends.
   void MapRemove(unsigned int cid, int oid);
   // Every entry counts as not yet written, for the next write record.
@@ -39,6 +42,9 @@ public:
   int Size() const { return m_CidOid2EntryMap.Size(); }
 
 private:
+  // Makes the entry in the place the map holds for row.
+  rom_HistoryEntry* Enter(rom_HistoryEntry*& place, cls_Uid const& uid, rom_CidOid const& row);
+
   bool m_Destroying = false;
   cls_PTrie<rom_CidOid, rom_HistoryEntry*, 2> m_CidOid2EntryMap;
   cow_List<cls_Uid> m_PermanentUids;

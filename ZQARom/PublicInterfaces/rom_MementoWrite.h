@@ -3,7 +3,6 @@
 
 #include "ZQABasExport.h"
 #include "cls_MementoWrite.h"
-#include "rfm_FieldHandle.h"
 #include "rfm_Row.h"
 #include "rom_CidOid.h"
 
@@ -81,7 +80,7 @@ public:
                                             char const* mismatch);
 
 private:
-  void WriteReference(rfm_FieldHandle const& oid, rfm_FieldHandle const& classId, rom_CidOid const& target);
+  void WriteReference(cls_FieldHandle const& field, rom_CidOid const& target);
   void WriteInt(cls_FieldHandle const& field, int value);
 
   rom_Transporter* m_Transporter;

@@ -109,6 +109,16 @@ public:
     m_Map.insert_or_assign(OrderOf(key), std::make_pair(key, value));
   }
 
+  // Adds only an absent key; a present one keeps its value.
+  void InsertNew(K const& key, int value) {
+    bool const absent = m_Map.count(OrderOf(key)) == 0;
+    omi_CountedValue const* held = m_Trie.InsertNew(key, omi_CountedValue(value));
+    ASSERT_EQ(held != nullptr, absent);
+    if (!absent) return;
+    ASSERT_EQ(held->m_Value, value);
+    m_Map.emplace(OrderOf(key), std::make_pair(key, value));
+  }
+
   void Remove(K const& key) { ASSERT_EQ(m_Trie.Remove(key), m_Map.erase(OrderOf(key)) == 1); }
 
   // Size, every entry by lookup, the absent probes, and the iteration order.
@@ -147,8 +157,9 @@ public:
   std::map<Order, std::pair<K, int> > m_Map;
 };
 
-// Random inserts (with repeated keys), removals of keys once inserted and of
-// fresh ones, checked after each batch; then every key removed.
+// Random inserts (with repeated keys), inserts of new keys only, removals of
+// keys once inserted and of fresh ones, checked after each batch; then every
+// key removed.
 template <class K, int N>
 void RunAgainstMap(std::uint32_t seed) {
   {
@@ -158,9 +169,14 @@ void RunAgainstMap(std::uint32_t seed) {
     for (int batch = 0; batch < 10; ++batch) {
       for (int step = 0; step < 1000; ++step) {
         unsigned int const choice = random() % 20;
-        if (choice < 11 || inserted.empty()) {
+        if (choice < 8 || inserted.empty()) {
           inserted.push_back(MakeKey<K>(random));
           both.Insert(inserted.back(), batch * 1000 + step);
+        } else if (choice < 11) {
+          // Half of them a key inserted before, which may since have gone.
+          K const key = random() % 2 == 0 ? inserted[random() % inserted.size()] : MakeKey<K>(random);
+          inserted.push_back(key);
+          both.InsertNew(key, batch * 1000 + step);
         } else if (choice < 17) {
           both.Remove(inserted[random() % inserted.size()]);
         } else {
@@ -225,6 +241,51 @@ TEST(PTrieTest, InsertingAPresentKeyKeepsOneEntryAndTheNewValue) {
   EXPECT_EQ(trie.Size(), 2);
   EXPECT_EQ(trie.ConstGet({3, 4}), 13);
   EXPECT_EQ(trie.ConstGet({3, 5}), 20);
+}
+
+TEST(PTrieTest, InsertingANewKeyOnlyAddsAnAbsentOneAndLeavesAPresentOneAsItWas) {
+  cls_PTrie<ClassObject, int, 2> trie;
+  int* const held = trie.InsertNew({3, 4}, 10);
+  ASSERT_NE(held, nullptr);
+  EXPECT_EQ(*held, 10);
+  EXPECT_EQ(trie.InsertNew({3, 4}, 11), nullptr);
+  EXPECT_EQ(trie.Size(), 1);
+  EXPECT_EQ(trie.ConstGet({3, 4}), 10);
+
+  // Below a branch too; the held value stays where it was, and a plain
+  // Insert after a refused one answers its own leaf.
+  int* const other = trie.InsertNew({3, 5}, 20);
+  ASSERT_NE(other, nullptr);
+  EXPECT_EQ(trie.InsertNew({3, 4}, 12), nullptr);
+  EXPECT_EQ(trie.InsertNew({3, 5}, 21), nullptr);
+  EXPECT_EQ(trie.Size(), 2);
+  EXPECT_EQ(trie.ConstGetPtr({3, 4})->Value(), 10);
+  EXPECT_EQ(&trie.ConstGetPtr({3, 4})->Value(), held);
+  EXPECT_EQ(trie.ConstGet({3, 5}), 20);
+  EXPECT_EQ(trie.Insert({3, 5}, 22), other);
+  EXPECT_EQ(trie.ConstGet({3, 5}), 22);
+}
+
+TEST(PTrieTest, SwappedTriesHoldEachOthersEntriesAndStayUsable) {
+  {
+    cls_PTrie<ClassObject, omi_CountedValue, 2> full, empty;
+    full.Insert({1, 1}, omi_CountedValue(11));
+    full.Insert({1, 2}, omi_CountedValue(12));
+    full.Swap(empty);
+    EXPECT_EQ(full.Size(), 0);
+    EXPECT_FALSE(full.IsMember({1, 1}));
+    cls_PTrieIter<ClassObject, omi_CountedValue, 2> const walk(full);
+    EXPECT_TRUE(walk.IsDone());
+    EXPECT_EQ(empty.Size(), 2);
+    EXPECT_EQ(empty.ConstGet({1, 2}).m_Value, 12);
+    // Each goes on with what it holds now.
+    EXPECT_EQ(full.Insert({2, 0}, omi_CountedValue(20))->m_Value, 20);
+    EXPECT_TRUE(empty.Remove({1, 1}));
+    EXPECT_EQ(empty.InsertNew({1, 3}, omi_CountedValue(13))->m_Value, 13);
+    EXPECT_EQ(full.Size(), 1);
+    EXPECT_EQ(empty.Size(), 2);
+  }
+  EXPECT_EQ(omi_CountedValue::s_Live, 0);
 }
 
 TEST(PTrieTest, RemovingABranchesLeafLeavesItsSiblingInItsPlace) {
@@ -295,6 +356,26 @@ TEST(PTrieTest, IterationGoesByClassThenObjectAndStaysDoneAtTheEnd) {
   EXPECT_EQ(trie.Size(), 0);
   walk.First();
   EXPECT_TRUE(walk.IsDone());
+}
+
+// Zero and every single bit of a two-word key: each branch parts one key
+// from all those below it, so the lowest keys lie as deep as the key is wide.
+TEST(PTrieTest, IterationWalksATrieAsDeepAsItsKeyIsWide) {
+  cls_PTrie<ClassObject, int, 2> trie;
+  std::vector<std::pair<unsigned int, unsigned int> > expected{{0, 0}};
+  trie.Insert({0, 0}, 0);
+  for (int bit = 0; bit < 64; ++bit) {
+    ClassObject const key{bit < 32 ? 0u : 1u << (bit - 32), bit < 32 ? 1u << bit : 0u};
+    trie.Insert(key, bit + 1);
+    expected.emplace_back(key.m_ClassId, key.m_ObjectId);
+  }
+  std::vector<std::pair<unsigned int, unsigned int> > order;
+  int value = 0;
+  for (cls_PTrieIter<ClassObject, int, 2> walk(trie); !walk.IsDone(); walk.Next()) {
+    order.emplace_back(walk.CurrentKey().m_ClassId, walk.CurrentKey().m_ObjectId);
+    EXPECT_EQ(walk.CurrentValue(), value++);
+  }
+  EXPECT_EQ(order, expected);
 }
 
 TEST(PTrieTest, ConstGetOfAnAbsentKeyAborts) {

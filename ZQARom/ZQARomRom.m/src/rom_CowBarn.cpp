@@ -4,8 +4,6 @@
 #include "cls_PTrieIter.h"
 #include "cls_Static.h"
 
-#include <vector>
-
 rom_CowBarnStall::rom_CowBarnStall(rom_CidOid const& row, cls_CowValue const& value,
                                    cls_ClassMetadata const& metadata)
     : m_Row(row), m_Value(value), m_Metadata(&metadata) {}
@@ -30,10 +28,17 @@ cls_CowValue const& rom_CowBarn::Insert(unsigned int cid, int oid, cls_CowValue 
   // ends run the objects' destructors, which may ask the barn.
   Stall_ byAddress;
   Stall_ byId;
-  if (rom_CowBarnStall const* old = Stall(value)) Remove(*old, byAddress);
-  if (rom_CowBarnStall const* old = Stall(cid, oid)) Remove(*old, byId);
-  m_ByAddress.Insert(value.Address(), stall);
-  m_ById.Insert(stall.ConstGet()->Row(), stall);
+  // A value new to the barn, at a row of its own, takes one walk of each
+  // trie. An old stall at the address leaves both tries before the one at
+  // the row is looked for: it may be the same.
+  if (m_ByAddress.InsertNew(value.Address(), stall) == nullptr) {
+    Remove(*Stall(value), byAddress);
+    m_ByAddress.Insert(value.Address(), stall);
+  }
+  if (m_ById.InsertNew(stall.ConstGet()->Row(), stall) == nullptr) {
+    Remove(*Stall(cid, oid), byId);
+    m_ById.Insert(stall.ConstGet()->Row(), stall);
+  }
   return stall.ConstGet()->Value();
 }
 
@@ -59,11 +64,10 @@ void rom_CowBarn::CleanStalls() {
 }
 
 void rom_CowBarn::Clear() {
-  std::vector<Stall_> stalls;
-  stalls.reserve(static_cast<std::size_t>(m_ById.Size()));
-  for (cls_PTrieIter<rom_CidOid, Stall_, 2> it(m_ById); !it.IsDone(); it.Next()) stalls.push_back(it.CurrentValue());
-  m_ById.Clear();
-  m_ByAddress.Clear();
-  // The objects end here, with both tries empty and consistent.
-  stalls.clear();
+  cls_PTrie<void const*, Stall_, 2> byAddress;
+  cls_PTrie<rom_CidOid, Stall_, 2> byId;
+  byAddress.Swap(m_ByAddress);
+  byId.Swap(m_ById);
+  // The objects end here, as the stalls taken out go, with both tries
+  // empty and consistent.
 }

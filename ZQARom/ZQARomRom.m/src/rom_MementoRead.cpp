@@ -9,7 +9,6 @@
 #include "rom_ClassBag.h"
 #include "rom_HeaderLayout.h"
 #include "rom_History.h"
-#include "rom_HistoryEntry.h"
 #include "rom_Transporter.h"
 #include "typ_ArchCompTable.h"
 
@@ -67,13 +66,7 @@ bool rom_MementoRead::ReadReference(cls_FieldHandle const& field, unsigned int& 
 }
 
 rom_MementoRead* rom_MementoRead::MakeMemento(unsigned int cid, int oid) {
-  rom_History& history = m_Transporter->History();
-  if (rom_HistoryEntry* entry = history.GetEntry(cid, oid))
-    return new rom_MementoRead(*m_Transporter, cid, oid, entry->GetUid());
-  cls_Uid uid;
-  uid.AllocateUid();
-  history.MakeEntry(uid, cid, oid);
-  return new rom_MementoRead(*m_Transporter, cid, oid, uid);
+  return new rom_MementoRead(*m_Transporter, cid, oid, m_Transporter->History().RowIdentity(cid, oid));
 }
 
 cls_MementoRead* rom_MementoRead::MakeReadObj(cls_FieldHandle const& field) {

@@ -51,10 +51,14 @@ cls_ClassRegistrar const& rom_MementoWrite::Registrar() const { return m_Transpo
 
 int rom_MementoWrite::Oid() const { return m_Row.IsNull() ? -1 : m_Row.Location(); }
 
-void rom_MementoWrite::WriteReference(rfm_FieldHandle const& oid, rfm_FieldHandle const& classId,
-                                      rom_CidOid const& target) {
+void rom_MementoWrite::WriteReference(cls_FieldHandle const& field, rom_CidOid const& target) {
   m_LastReference = target;
+  // A memento without a row (a root's parent) only keeps the reference: its
+  // columns are not looked up, which for a member of no column (a root's)
+  // would build their names.
   if (m_Row.IsNull()) return;
+  rfm_FieldHandle oid(-1), classId(-1);
+  m_Bag->ReferenceColumns(field, oid, classId);
   m_Row.WriteFieldInt(oid, target.m_Oid);
   m_Row.WriteFieldInt(classId, static_cast<int>(target.m_Cid));
 }
@@ -86,10 +90,8 @@ rom_MementoWrite* rom_MementoWrite::MakeWriteObjImpl(rom_Transporter& transporte
 
 cls_MementoWrite* rom_MementoWrite::MakeWriteObj(cls_FieldHandle const& field, unsigned int cid, cls_Uid const& uid,
                                                  cls_CowValue const* cow) {
-  rfm_FieldHandle oid(-1), classId(-1);
-  m_Bag->ReferenceColumns(field, oid, classId);
   if (!m_Transporter->GetClassBagForWrite(cid).HasTable()) {
-    WriteReference(oid, classId, kNullReference);
+    WriteReference(field, kNullReference);
     return nullptr;
   }
   rom_CowBarn& barn = m_Transporter->CowBarn();
@@ -98,33 +100,31 @@ cls_MementoWrite* rom_MementoWrite::MakeWriteObj(cls_FieldHandle const& field, u
   // the object.
   if (shared) {
     if (rom_CowBarnStall const* stall = barn.Stall(*cow)) {
-      WriteReference(oid, classId, stall->Row());
+      WriteReference(field, stall->Row());
       return nullptr;
     }
   }
   std::unique_ptr<rom_MementoWrite> made(MakeWriteObjImpl(*m_Transporter, cid, uid, kMismatch));
-  WriteReference(oid, classId, rom_CidOid(cid, made->Oid()));
+  WriteReference(field, rom_CidOid(cid, made->Oid()));
   if (shared) barn.Insert(cid, made->Oid(), *cow, m_Transporter->FindMDWithDtor(cid));
   return made.release();
 }
 
 cls_MementoWrite* rom_MementoWrite::MakeWriteObjWithPtr(cls_FieldHandle const& field, unsigned int cid,
                                                         cls_Uid const& uid, void const* ptr) {
-  rfm_FieldHandle oid(-1), classId(-1);
-  m_Bag->ReferenceColumns(field, oid, classId);
   if (!m_Transporter->GetClassBagForWrite(cid).HasTable()) {
-    WriteReference(oid, classId, kNullReference);
+    WriteReference(field, kNullReference);
     return nullptr;
   }
   rom_PtrBarn* barn = ptr != nullptr ? m_Transporter->PtrBarn() : nullptr;
   if (barn != nullptr) {
     if (rom_PtrBarnStall const* stall = barn->Stall(ptr)) {
-      WriteReference(oid, classId, stall->m_Row);
+      WriteReference(field, stall->m_Row);
       return nullptr;
     }
   }
   std::unique_ptr<rom_MementoWrite> made(MakeWriteObjImpl(*m_Transporter, cid, uid, kMismatch));
-  WriteReference(oid, classId, rom_CidOid(cid, made->Oid()));
+  WriteReference(field, rom_CidOid(cid, made->Oid()));
   if (barn != nullptr) barn->Insert(cid, made->Oid(), ptr);
   return made.release();
 }
@@ -146,13 +146,11 @@ void rom_MementoWrite::WriteNullObj(cls_FieldHandle const& field) {
   rfm_FieldHandle oid(-1), classId(-1);
   m_Bag->ReferenceColumns(field, oid, classId);
   // A new row holds no data in the columns, which reads as null already.
-  if (m_Row.DataIsPresent(oid)) WriteReference(oid, classId, kNullReference);
+  if (m_Row.DataIsPresent(oid)) WriteReference(field, kNullReference);
 }
 
 void rom_MementoWrite::Write(cls_FieldHandle const& field, unsigned int cid, int oid) {
-  rfm_FieldHandle oidColumn(-1), classId(-1);
-  m_Bag->ReferenceColumns(field, oidColumn, classId);
-  WriteReference(oidColumn, classId, rom_CidOid(cid, oid));
+  WriteReference(field, rom_CidOid(cid, oid));
 }
 
 void rom_MementoWrite::WriteInt(cls_FieldHandle const& field, int value) {

@@ -6,7 +6,6 @@
 #include "cls_ClassMetadata.h"
 #include "cls_ReadVisitor.h"
 #include "cls_Static.h"
-#include "rom_HistoryEntry.h"
 #include "rom_MementoRead.h"
 #include "rom_MementoWrite.h"
 #include "rom_PtrBarn.h"
@@ -79,13 +78,7 @@ rom_MementoWrite* rom_Transporter::MakeRefMementoWithPtr(rfm_Row& row, unsigned 
   return made.release();
 }
 
-cls_Uid rom_Transporter::RowIdentity(unsigned int cid, int oid) {
-  if (rom_HistoryEntry* entry = m_History.GetEntry(cid, oid)) return entry->GetUid();
-  cls_Uid uid;
-  uid.AllocateUid();
-  m_History.MakeEntry(uid, cid, oid);
-  return uid;
-}
+cls_Uid rom_Transporter::RowIdentity(unsigned int cid, int oid) { return m_History.RowIdentity(cid, oid); }
 
 void* rom_Transporter::ReallyReadObjPtr(int oid, unsigned int cid, cls_Uid const& uid) {
   rom_CidOid const row(cid, oid);
