@@ -81,6 +81,7 @@ public:
 
 private:
   void WriteReference(cls_FieldHandle const& field, rom_CidOid const& target);
+  void WriteColumns(rfm_FieldHandle const& oid, rfm_FieldHandle const& classId, rom_CidOid const& target) const;
   void WriteInt(cls_FieldHandle const& field, int value);
 
   rom_Transporter* m_Transporter;

@@ -143,9 +143,8 @@ private:
   // raises when steps pass any real hierarchy's depth: the application's
   // metadata then has a circle of base classes.
   unsigned int BaseClassOf(unsigned int cid, int& steps) const;
-  // The identity of the object in row oid of class cid: its history's, or a
-  // new one entered there.
-  cls_Uid RowIdentity(unsigned int cid, int oid);
+  // MakeRefMemento, raising mismatch for an identity of another class.
+  rom_MementoWrite* MakeRefMementoImpl(rfm_Row& row, unsigned int cid, cls_Uid const& uid, char const* mismatch);
 
   cls_ClassRegistrar const* m_Registrar;
   cls_ClassRegistrar m_InternalRegistrar;

@@ -59,6 +59,11 @@ void rom_MementoWrite::WriteReference(cls_FieldHandle const& field, rom_CidOid c
   if (m_Row.IsNull()) return;
   rfm_FieldHandle oid(-1), classId(-1);
   m_Bag->ReferenceColumns(field, oid, classId);
+  WriteColumns(oid, classId, target);
+}
+
+void rom_MementoWrite::WriteColumns(rfm_FieldHandle const& oid, rfm_FieldHandle const& classId,
+                                    rom_CidOid const& target) const {
   m_Row.WriteFieldInt(oid, target.m_Oid);
   m_Row.WriteFieldInt(classId, static_cast<int>(target.m_Cid));
 }
@@ -146,7 +151,9 @@ void rom_MementoWrite::WriteNullObj(cls_FieldHandle const& field) {
   rfm_FieldHandle oid(-1), classId(-1);
   m_Bag->ReferenceColumns(field, oid, classId);
   // A new row holds no data in the columns, which reads as null already.
-  if (m_Row.DataIsPresent(oid)) WriteReference(field, kNullReference);
+  if (!m_Row.DataIsPresent(oid)) return;
+  m_LastReference = kNullReference;
+  WriteColumns(oid, classId, kNullReference);
 }
 
 void rom_MementoWrite::Write(cls_FieldHandle const& field, unsigned int cid, int oid) {

@@ -50,15 +50,7 @@ private:
 }  // namespace
 
 rom_MementoWrite* rom_Transporter::MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid) {
-  // A class without a table keeps its class id here, unlike an object's
-  // member, which stores the plain null reference: readers take both.
-  if (!GetClassBagForWrite(cid).HasTable()) {
-    WriteRef(row, cid, -1);
-    return nullptr;
-  }
-  std::unique_ptr<rom_MementoWrite> made(rom_MementoWrite::MakeWriteObjImpl(*this, cid, uid, kRefMismatch));
-  WriteRef(row, cid, made->Oid());
-  return made.release();
+  return MakeRefMementoImpl(row, cid, uid, kRefMismatch);
 }
 
 rom_MementoWrite* rom_Transporter::MakeRefMementoWithPtr(rfm_Row& row, unsigned int cid, cls_Uid const& uid,
@@ -68,17 +60,23 @@ rom_MementoWrite* rom_Transporter::MakeRefMementoWithPtr(rfm_Row& row, unsigned 
     WriteRef(row, stall->m_Row.m_Cid, stall->m_Row.m_Oid);
     return nullptr;
   }
+  rom_MementoWrite* made = MakeRefMementoImpl(row, cid, uid, kRefWithPtrMismatch);
+  if (made != nullptr) m_PtrBarn->Insert(cid, made->Oid(), ptr);
+  return made;
+}
+
+rom_MementoWrite* rom_Transporter::MakeRefMementoImpl(rfm_Row& row, unsigned int cid, cls_Uid const& uid,
+                                                      char const* mismatch) {
+  // A class without a table keeps its class id here, unlike an object's
+  // member, which stores the plain null reference: readers take both.
   if (!GetClassBagForWrite(cid).HasTable()) {
     WriteRef(row, cid, -1);
     return nullptr;
   }
-  std::unique_ptr<rom_MementoWrite> made(rom_MementoWrite::MakeWriteObjImpl(*this, cid, uid, kRefWithPtrMismatch));
+  std::unique_ptr<rom_MementoWrite> made(rom_MementoWrite::MakeWriteObjImpl(*this, cid, uid, mismatch));
   WriteRef(row, cid, made->Oid());
-  m_PtrBarn->Insert(cid, made->Oid(), ptr);
   return made.release();
 }
-
-cls_Uid rom_Transporter::RowIdentity(unsigned int cid, int oid) { return m_History.RowIdentity(cid, oid); }
 
 void* rom_Transporter::ReallyReadObjPtr(int oid, unsigned int cid, cls_Uid const& uid) {
   rom_CidOid const row(cid, oid);
@@ -100,7 +98,7 @@ void* rom_Transporter::CheckReadObjPtr(int oid, unsigned int cid, unsigned int e
     // here, never const.
     if (rom_PtrBarnStall const* stall = barn->Stall(cid, oid)) return const_cast<void*>(stall->m_Object);
   }
-  void* object = ReallyReadObjPtr(oid, cid, RowIdentity(cid, oid));
+  void* object = ReallyReadObjPtr(oid, cid, m_History.RowIdentity(cid, oid));
   if (barn != nullptr && object != nullptr) barn->Insert(cid, oid, object);
   return object;
 }
@@ -110,7 +108,7 @@ cls_CowValue const& rom_Transporter::CheckReadObjCow(int oid, unsigned int cid, 
   if (rom_CowBarnStall const* stall = m_CowBarn.Stall(cid, oid)) return stall->Value();
   cls_ClassMetadata const& md = GetClassMD(cid);
   // Adopted at once, so that a failure below ends the object.
-  cls_CowValue const value(ReallyReadObjPtr(oid, cid, RowIdentity(cid, oid)), md);
+  cls_CowValue const value(ReallyReadObjPtr(oid, cid, m_History.RowIdentity(cid, oid)), md);
   if (!value.HasValue()) return cls_Static::ConstIntCOW();
   // The barn's share is what keeps the object alive once value goes.
   return m_CowBarn.Insert(cid, oid, value, FindMDWithDtor(cid));
