@@ -48,10 +48,37 @@ public:
   void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) override;
   cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) override;
 
+  // The collections of this memento's row, a row of a collection class: its
+  // first column holds the store's handle, its second a list's column count
+  // (1 when it holds none). Null when the row holds no handle.
+  cls_ReadListObj* MakeReadListObj() override;
+  cls_ReadListPrim<int>* MakeReadListPrim(int const& type) override;
+  cls_ReadListPrim<unsigned int>* MakeReadListPrim(unsigned int const& type) override;
+  cls_ReadListPrim<double>* MakeReadListPrim(double const& type) override;
+  cls_ReadListPrim<float>* MakeReadListPrim(float const& type) override;
+  cls_ReadListPrim<cow_String>* MakeReadListPrim(cow_String const& type) override;
+  cls_ReadListPrim<bool>* MakeReadListPrim(bool const& type) override;
+  cls_AgentListObj* MakeAgentListObj() override;
+  cls_AgentListPrim<bool>* MakeAgentListBool() override;
+  cls_AgentListPrim<double>* MakeAgentListDouble() override;
+  cls_AgentListPrim<float>* MakeAgentListFloat() override;
+  cls_AgentListPrim<int>* MakeAgentListInt() override;
+  cls_AgentListPrim<cow_String>* MakeAgentListString() override;
+  cls_AgentListPrim<unsigned int>* MakeAgentListUint() override;
+  cls_AgentBlob* MakeAgentBlob() override;
+
   unsigned int ClassId() const { return m_Cid; }
   int Oid() const { return m_Row.IsNull() ? -1 : m_Row.Location(); }
 
 private:
+  // The store's handle; false when the row holds none.
+  bool CollectionHandle(rfm_Handle& handle) const;
+  // The list's column count; raises for one below 1, which no list has.
+  int CollectionColumns() const;
+  template <class Reader>
+  Reader* MakeReader();
+  template <class Agent>
+  Agent* MakeAgent();
   // The reference in field; false for a null one.
   bool ReadReference(cls_FieldHandle const& field, unsigned int& cid, int& oid) const;
   // The memento of the row (cid, oid) with the identity its history gives it.

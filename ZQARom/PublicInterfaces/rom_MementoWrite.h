@@ -57,6 +57,24 @@ public:
   // Always raises: an enumeration persists as its text.
   void WriteEnumAsInt(cls_FieldHandle const& field, int const& value) override;
 
+  // The collections of this memento's row, a row of a collection class: its
+  // first column holds the store's handle, its second a list's column count.
+  cls_WriteListObj* MakeWriteListObj(int columns) override;
+  cls_WriteListPrim<int>* MakeWriteListPrim(int const& type, int columns) override;
+  cls_WriteListPrim<unsigned int>* MakeWriteListPrim(unsigned int const& type, int columns) override;
+  cls_WriteListPrim<double>* MakeWriteListPrim(double const& type, int columns) override;
+  cls_WriteListPrim<float>* MakeWriteListPrim(float const& type, int columns) override;
+  cls_WriteListPrim<cow_String>* MakeWriteListPrim(cow_String const& type, int columns) override;
+  cls_WriteListPrim<bool>* MakeWriteListPrim(bool const& type, int columns) override;
+  cls_AgentListObj* MakeAgentListObj() override;
+  cls_AgentListPrim<bool>* MakeAgentListBool(int columns) override;
+  cls_AgentListPrim<double>* MakeAgentListDouble(int columns) override;
+  cls_AgentListPrim<float>* MakeAgentListFloat(int columns) override;
+  cls_AgentListPrim<int>* MakeAgentListInt(int columns) override;
+  cls_AgentListPrim<cow_String>* MakeAgentListString(int columns) override;
+  cls_AgentListPrim<unsigned int>* MakeAgentListUint(int columns) override;
+  cls_AgentBlob* MakeAgentBlob() override;
+
   void CheckCollectionType(cls_CollectionType implemented, cow_String const& member) const override;
   void StartSharedPtrOutput() override;
   void EndSharedPtrOutput() override;
@@ -80,6 +98,14 @@ public:
                                             char const* mismatch);
 
 private:
+  template <class Writer>
+  Writer* MakeWriter(int columns);
+  template <class Agent>
+  Agent* MakeAgent(int columns);
+  // The memento of the collection row field refers to already, when it is
+  // a row of the collection class cid: an owner rewritten writes its
+  // collections over in place. Null otherwise.
+  rom_MementoWrite* ExistingCollection(cls_FieldHandle const& field, unsigned int cid);
   void WriteReference(cls_FieldHandle const& field, rom_CidOid const& target);
   void WriteColumns(rfm_FieldHandle const& oid, rfm_FieldHandle const& classId, rom_CidOid const& target) const;
   void WriteInt(cls_FieldHandle const& field, int value);

@@ -105,9 +105,11 @@ public:
   // The memento of the row of the object uid of class cid, referred to from
   // a collection's row, whose first two columns are the object id and the
   // class id; null when nothing more is to be written (a class without a
-  // table, or, with ptr in the current pointer barn, an object written
+  // table; a copy-on-write value cow that the cow barn holds, stored
+  // already; or, with ptr in the current pointer barn, an object written
   // already in this output).
-  rom_MementoWrite* MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid);
+  rom_MementoWrite* MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid,
+                                   cls_CowValue const* cow = nullptr);
   rom_MementoWrite* MakeRefMementoWithPtr(rfm_Row& row, unsigned int cid, cls_Uid const& uid, void const* ptr);
 
   // Builds the object in row oid of class cid, as cid's constructor does,

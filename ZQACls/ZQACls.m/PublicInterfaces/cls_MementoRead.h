@@ -3,10 +3,17 @@
 
 #include "ZQABasExport.h"
 
+class cls_AgentBlob;
+class cls_AgentListObj;
 class cls_CowValue;
 class cls_FieldHandle;
+class cls_ReadListObj;
 class cls_Uid;
 class cow_String;
+template <class T>
+class cls_AgentListPrim;
+template <class T>
+class cls_ReadListPrim;
 
 // One row being read: what a cls_ReadVisitor pulls an object's members out
 // of. The object layer implements it on its tables; the framework knows only
@@ -18,8 +25,10 @@ class cow_String;
 // a class without a table. Whoever receives a memento deletes it when
 // NeedsDeletion() says so; the visitors do.
 //
-// The operations for collections join this interface with the collections
-// themselves.
+// A collection (a list, a blob) is read through the memento of its own row
+// (MakeReadObj on the member that refers to it). The Make... operations for
+// collections answer its reader or agent, or null when the row holds no
+// collection; a memento that reads no collections answers null too.
 class ZQA_EXPORT cls_MementoRead {
 public:
   cls_MementoRead(cls_MementoRead const&) = delete;
@@ -58,6 +67,22 @@ public:
   // (null for a null reference), or a shared value (empty for a null one).
   virtual void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) = 0;
   virtual cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) = 0;
+
+  virtual cls_ReadListObj* MakeReadListObj();
+  virtual cls_ReadListPrim<int>* MakeReadListPrim(int const& type);
+  virtual cls_ReadListPrim<unsigned int>* MakeReadListPrim(unsigned int const& type);
+  virtual cls_ReadListPrim<double>* MakeReadListPrim(double const& type);
+  virtual cls_ReadListPrim<float>* MakeReadListPrim(float const& type);
+  virtual cls_ReadListPrim<cow_String>* MakeReadListPrim(cow_String const& type);
+  virtual cls_ReadListPrim<bool>* MakeReadListPrim(bool const& type);
+  virtual cls_AgentListObj* MakeAgentListObj();
+  virtual cls_AgentListPrim<bool>* MakeAgentListBool();
+  virtual cls_AgentListPrim<double>* MakeAgentListDouble();
+  virtual cls_AgentListPrim<float>* MakeAgentListFloat();
+  virtual cls_AgentListPrim<int>* MakeAgentListInt();
+  virtual cls_AgentListPrim<cow_String>* MakeAgentListString();
+  virtual cls_AgentListPrim<unsigned int>* MakeAgentListUint();
+  virtual cls_AgentBlob* MakeAgentBlob();
 
   // Who deletes a memento: the visitor that receives it, or its creator
   // (a root memento on the creator's stack).

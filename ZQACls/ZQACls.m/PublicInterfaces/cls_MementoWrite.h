@@ -5,10 +5,17 @@
 #include "cls_CollectionType.h"
 #include "cow_String.h"
 
+class cls_AgentBlob;
+class cls_AgentListObj;
 class cls_ClassRegistrar;
 class cls_CowValue;
 class cls_FieldHandle;
 class cls_Uid;
+class cls_WriteListObj;
+template <class T>
+class cls_AgentListPrim;
+template <class T>
+class cls_WriteListPrim;
 
 // One row being written: what a cls_WriteVisitor pours an object's members
 // into. The object layer implements it on its tables; the framework knows
@@ -19,8 +26,13 @@ class cls_Uid;
 // the object is stored already, or its class has no table. Whoever receives
 // a memento deletes it when NeedsDeletion() says so; the visitors do.
 //
-// The operations for collections (lists, maps, blobs, their agents) join
-// this interface with the collections themselves.
+// A collection (a list, a blob) is stored through the memento of its own
+// row, a row of one of the object layer's collection classes
+// (cls_CollectionClass.h), which a member visitor's StartWrite answered. The
+// Make... operations for collections answer the collection's writer or
+// agent, which empties a collection the row holds already (except a blob),
+// or makes a new one; columns is the number of elements in a logical row of
+// the list. A memento that stores no collections answers null.
 class ZQA_EXPORT cls_MementoWrite {
 public:
   cls_MementoWrite(cls_MementoWrite const&) = delete;
@@ -58,6 +70,22 @@ public:
   virtual void Write(cls_FieldHandle const& field, double const& value) = 0;
   virtual void Write(cls_FieldHandle const& field, cow_String const& value) = 0;
   virtual void WriteEnumAsInt(cls_FieldHandle const& field, int const& value) = 0;
+
+  virtual cls_WriteListObj* MakeWriteListObj(int columns);
+  virtual cls_WriteListPrim<int>* MakeWriteListPrim(int const& type, int columns);
+  virtual cls_WriteListPrim<unsigned int>* MakeWriteListPrim(unsigned int const& type, int columns);
+  virtual cls_WriteListPrim<double>* MakeWriteListPrim(double const& type, int columns);
+  virtual cls_WriteListPrim<float>* MakeWriteListPrim(float const& type, int columns);
+  virtual cls_WriteListPrim<cow_String>* MakeWriteListPrim(cow_String const& type, int columns);
+  virtual cls_WriteListPrim<bool>* MakeWriteListPrim(bool const& type, int columns);
+  virtual cls_AgentListObj* MakeAgentListObj();
+  virtual cls_AgentListPrim<bool>* MakeAgentListBool(int columns);
+  virtual cls_AgentListPrim<double>* MakeAgentListDouble(int columns);
+  virtual cls_AgentListPrim<float>* MakeAgentListFloat(int columns);
+  virtual cls_AgentListPrim<int>* MakeAgentListInt(int columns);
+  virtual cls_AgentListPrim<cow_String>* MakeAgentListString(int columns);
+  virtual cls_AgentListPrim<unsigned int>* MakeAgentListUint(int columns);
+  virtual cls_AgentBlob* MakeAgentBlob();
 
   // Raises when the collection that implements member is not the one its
   // class declares.

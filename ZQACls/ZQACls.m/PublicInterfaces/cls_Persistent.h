@@ -5,6 +5,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "cls_ClassRegistrar.h"
+#include "cls_PersistentCollection.h"
 #include "cls_PersistentMember.h"
 #include "cls_PersistentMetadata.h"
 #include "cls_Uid.h"
@@ -13,6 +14,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <vector>
 
 // The typed helper: a class whose members are plain values and references
 // declares them once, and needs no visitor code of its own:
@@ -24,9 +26,10 @@
 //
 // The attribute type follows from the member's C++ type (int, unsigned int,
 // bool, float, double, cow_String, or cow_COW<U> of a persistent U, a
-// reference to U's class). The class has no base class, is default
-// constructible, and is held in cow_COW<T> where it is shared. Lists join
-// the helper when the object layer stores lists.
+// reference to U's class); std::vector of int, unsigned int, double, float,
+// cow_String or bool is a list of values, std::vector<cow_COW<U>> a list of
+// objects, std::vector<char> a blob. The class has no base class, is default
+// constructible, and is held in cow_COW<T> where it is shared.
 //
 // Invariant: no two members share a field id or a name. A description is a
 // value: copies share the members, which never change once declared.
@@ -51,6 +54,20 @@ public:
   template <class U>
   cls_Persistent& Member(int fieldId, cow_String const& name, cow_COW<U> T::*member) {
     return Add(std::make_shared<cls_PersistentReference<T, U> const>(cls_FieldHandle(fieldId, name), member));
+  }
+
+  // A list of values, stored columns elements per logical row.
+  template <class E>
+  cls_Persistent& Member(int fieldId, cow_String const& name, std::vector<E> T::*member, int columns = 1) {
+    return Add(std::make_shared<cls_PersistentValueList<T, E> const>(cls_FieldHandle(fieldId, name), member,
+                                                                    columns));
+  }
+  template <class U>
+  cls_Persistent& Member(int fieldId, cow_String const& name, std::vector<cow_COW<U>> T::*member) {
+    return Add(std::make_shared<cls_PersistentObjectList<T, U> const>(cls_FieldHandle(fieldId, name), member));
+  }
+  cls_Persistent& Member(int fieldId, cow_String const& name, std::vector<char> T::*member) {
+    return Add(std::make_shared<cls_PersistentBlob<T> const>(cls_FieldHandle(fieldId, name), member));
   }
 
   // Registers the class's metadata; raises when no identity was declared.

@@ -3,6 +3,7 @@
 
 #include "cls_AttributeType.h"
 #include "cls_ClassIdOf.h"
+#include "cls_CollectionType.h"
 #include "cls_FieldHandle.h"
 #include "cls_ReadVisitor.h"
 #include "cls_WriteVisitor.h"
@@ -47,8 +48,9 @@ struct cls_PersistentValueType<cow_String> {
 template <class T>
 class cls_PersistentMember {
 public:
-  cls_PersistentMember(cls_FieldHandle const& field, cls_AttributeType type, unsigned int targetClass)
-      : m_Field(field), m_Type(type), m_TargetClass(targetClass) {}
+  cls_PersistentMember(cls_FieldHandle const& field, cls_AttributeType type, unsigned int targetClass,
+                       cls_CollectionType collection = cls_CollNone)
+      : m_Field(field), m_Type(type), m_TargetClass(targetClass), m_Collection(collection) {}
   cls_PersistentMember(cls_PersistentMember const&) = delete;
   cls_PersistentMember& operator=(cls_PersistentMember const&) = delete;
   virtual ~cls_PersistentMember() = default;
@@ -56,6 +58,7 @@ public:
   cls_FieldHandle const& Field() const { return m_Field; }
   cls_AttributeType Type() const { return m_Type; }
   unsigned int TargetClass() const { return m_TargetClass; }
+  cls_CollectionType Collection() const { return m_Collection; }
 
   virtual void Write(T const& object, cls_WriteVisitor const& visitor) const = 0;
   virtual void Read(T& object, cls_ReadVisitor const& visitor) const = 0;
@@ -64,6 +67,7 @@ private:
   cls_FieldHandle m_Field;
   cls_AttributeType m_Type;
   unsigned int m_TargetClass;
+  cls_CollectionType m_Collection;
 };
 
 // A member held as a value of a storable type M. A row of a table that lacks

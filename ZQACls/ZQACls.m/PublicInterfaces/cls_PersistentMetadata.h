@@ -32,7 +32,7 @@ public:
       : cls_ClassMetadata(name, classId, version, &BuiltByCtor, cls_kNoClass),
         m_Identity(identity),
         m_Members(std::move(members)) {
-    for (auto const& member : m_Members) AddAttribute(member->Field(), member->Type(), member->TargetClass());
+    for (auto const& member : m_Members) AddAttribute(member->Field(), member->Type(), member->TargetClass(), member->Collection());
     AddDtor(&cls_CowDtor<T>);
   }
 

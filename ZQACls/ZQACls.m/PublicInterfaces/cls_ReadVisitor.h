@@ -44,6 +44,9 @@ public:
   // The identity of the object on the row; null without a row.
   cls_Uid const& GetUid() const;
   bool FieldIsPresent(cls_FieldHandle const& field) const;
+  // Whether field holds a reference (null or not) that a member visitor can
+  // follow: both of its columns hold data.
+  bool ObjIsPresent(cls_FieldHandle const& field) const;
 
   // A member of one of the storable types (see cls_MementoRead::Read);
   // type chooses the type and is the answer without a row.

@@ -11,7 +11,9 @@
 
 #include <type_traits>
 
+class cls_AgentListObj;
 class cls_Uid;
+class cls_WriteListObj;
 
 // What an object's DBWrite is handed: the way to the row its members go to.
 // A visitor is built for one object: as the root of a write on a memento
@@ -27,8 +29,6 @@ class cls_Uid;
 // true (for the root, from the start); the visitor deletes it at its end if
 // NeedsDeletion() said so. A visitor lives within its parent's DBWrite, so
 // its parent outlives it.
-//
-// The form for one element of a collection joins with the collections.
 class ZQA_EXPORT cls_WriteVisitor {
 public:
   // The root of a write: the object's row is memento's, which may be null
@@ -42,6 +42,10 @@ public:
   cls_WriteVisitor(cls_WriteVisitor const& parent, cls_FieldHandle const& field, cls_CowValue const& cow);
   // The part of parent's object that belongs to its base class baseClass.
   cls_WriteVisitor(cls_WriteVisitor const& parent, unsigned int baseClass);
+  // The object appended to list, or stored as element index of agent, given
+  // as a copy-on-write value or by address; either or both may be null.
+  cls_WriteVisitor(cls_WriteListObj& list, cls_CowValue const* cow, void const* ptr);
+  cls_WriteVisitor(cls_AgentListObj& agent, int index, cls_CowValue const* cow, void const* ptr);
   cls_WriteVisitor(cls_WriteVisitor const&) = delete;
   cls_WriteVisitor& operator=(cls_WriteVisitor const&) = delete;
   ~cls_WriteVisitor();
@@ -80,10 +84,11 @@ public:
   cls_MementoWrite* Memento() const { return m_Memento; }
 
 private:
-  enum class Form { kRoot, kMember, kBase };
+  enum class Form { kRoot, kMember, kBase, kElement };
 
   cls_MementoWrite& Row() const;
   void WriteObjOfClass(cls_FieldHandle const& field, cls_CowValue const& value, unsigned int cid) const;
+  cls_MementoWrite* MakeElementRow(unsigned int cid, cls_Uid const& uid) const;
 
   Form m_Form;
   cls_WriteVisitor const* m_Parent = nullptr;
@@ -91,6 +96,9 @@ private:
   cls_CowValue m_Cow;
   void const* m_Pointer = nullptr;
   unsigned int m_BaseClass = 0;
+  cls_WriteListObj* m_List = nullptr;
+  cls_AgentListObj* m_Agent = nullptr;
+  int m_Index = 0;
   mutable cls_MementoWrite* m_Memento = nullptr;
   mutable bool m_Started = false;
 };

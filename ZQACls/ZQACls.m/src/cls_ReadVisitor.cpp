@@ -26,3 +26,7 @@ cls_Uid const& cls_ReadVisitor::GetUid() const {
 bool cls_ReadVisitor::FieldIsPresent(cls_FieldHandle const& field) const {
   return m_Memento != nullptr && m_Memento->FieldIsPresent(field);
 }
+
+bool cls_ReadVisitor::ObjIsPresent(cls_FieldHandle const& field) const {
+  return m_Memento != nullptr && m_Memento->ObjIsPresent(field);
+}

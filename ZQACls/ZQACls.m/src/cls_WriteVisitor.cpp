@@ -1,6 +1,8 @@
 #include "cls_WriteVisitor.h"
 
 #include "ZQABasAssert.h"
+#include "cls_AgentListObj.h"
+#include "cls_WriteListObj.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "cls_ClassMetadata.h"
@@ -29,6 +31,14 @@ cls_WriteVisitor::cls_WriteVisitor(cls_WriteVisitor const& parent, cls_FieldHand
 cls_WriteVisitor::cls_WriteVisitor(cls_WriteVisitor const& parent, unsigned int baseClass)
     : m_Form(Form::kBase), m_Parent(&parent), m_Field(kNoField, cow_String()), m_BaseClass(baseClass) {}
 
+cls_WriteVisitor::cls_WriteVisitor(cls_WriteListObj& list, cls_CowValue const* cow, void const* ptr)
+    : m_Form(Form::kElement), m_Field(kNoField, cow_String()), m_Cow(cow ? *cow : cls_CowValue()), m_Pointer(ptr),
+      m_List(&list) {}
+
+cls_WriteVisitor::cls_WriteVisitor(cls_AgentListObj& agent, int index, cls_CowValue const* cow, void const* ptr)
+    : m_Form(Form::kElement), m_Field(kNoField, cow_String()), m_Cow(cow ? *cow : cls_CowValue()), m_Pointer(ptr),
+      m_Agent(&agent), m_Index(index) {}
+
 cls_WriteVisitor::~cls_WriteVisitor() {
   if (m_Memento != nullptr && m_Memento->NeedsDeletion()) delete m_Memento;
 }
@@ -39,6 +49,10 @@ bool cls_WriteVisitor::StartWrite(unsigned int cid, cls_Uid const& uid) const {
   // already linked to the parent's field.
   if (m_Started) nex_ThrowAssertion(kSourcePath, __LINE__, "cls_WriteVisitor::StartWrite - called twice");
   m_Started = true;
+  if (m_Form == Form::kElement) {
+    m_Memento = MakeElementRow(cid, uid);
+    return m_Memento != nullptr;
+  }
   cls_MementoWrite* parent = m_Parent->m_Memento;
   if (parent == nullptr) return false;
   if (m_Form == Form::kBase) {
@@ -56,6 +70,16 @@ bool cls_WriteVisitor::StartWrite(unsigned int cid, cls_Uid const& uid) const {
     m_Memento = parent->MakeWriteObjWithPtr(m_Field, cid, uid, m_Pointer);
   }
   return m_Memento != nullptr;
+}
+
+cls_MementoWrite* cls_WriteVisitor::MakeElementRow(unsigned int cid, cls_Uid const& uid) const {
+  // As for a member: a shared value wins over an address.
+  bool const byValue = m_Cow.HasValue() || m_Pointer == nullptr;
+  cls_CowValue const* cow = m_Cow.HasValue() ? &m_Cow : nullptr;
+  if (m_List != nullptr)
+    return byValue ? m_List->MakeWriteObj(cid, uid, cow) : m_List->MakeWriteObjWithPtr(cid, uid, m_Pointer);
+  return byValue ? m_Agent->MakeWriteObj(m_Index, cid, uid, cow)
+                 : m_Agent->MakeWriteObjWithPtr(m_Index, cid, uid, m_Pointer);
 }
 
 void cls_WriteVisitor::WriteNullObj(cls_FieldHandle const& field) const { Row().WriteNullObj(field); }

@@ -1,6 +1,8 @@
 #ifndef rom_HeaderLayout_h
 #define rom_HeaderLayout_h
 
+#include "cls_CollectionClass.h"
+
 #include <cstdint>
 
 // The object layer's header, at the database's root object (handle 4), and
@@ -113,16 +115,26 @@ inline constexpr char kRomElementClassIdName[] = "ClassID";
 inline constexpr char kRomOwnNamePrefix[] = "##";
 
 // The object layer's own classes, which hold anonymous collections.
-constexpr unsigned int kRomInternalListClass = 0x230001;
-constexpr unsigned int kRomInternalMapClass = 0x230002;
-constexpr unsigned int kRomInternalCowClass = 0x230003;
-constexpr unsigned int kRomInternalDblColClass = 0x230004;
-constexpr unsigned int kRomInternalBlobClass = 0x230005;
+constexpr unsigned int kRomInternalListClass = cls_kListClass;
+constexpr unsigned int kRomInternalMapClass = cls_kMapClass;
+constexpr unsigned int kRomInternalCowClass = cls_kCowClass;
+constexpr unsigned int kRomInternalDblColClass = cls_kDoubleCollectionClass;
+constexpr unsigned int kRomInternalBlobClass = cls_kBlobClass;
 inline constexpr char kRomInternalListName[] = "##InternalList";
 inline constexpr char kRomInternalMapName[] = "##InternalMap";
 inline constexpr char kRomInternalCowName[] = "##InternalCow";
 inline constexpr char kRomInternalDblColName[] = "##InternalDblCol";
 inline constexpr char kRomInternalBlobName[] = "##InternalBlob";
+
+// A collection class's row: the handle of the collection's store, then,
+// for a list, the number of elements in one of its logical rows.
+constexpr int kRomTargetHandleColumn = 0;
+constexpr int kRomTargetColumnsColumn = 1;
+
+// The tables that hold lists: references to objects, and, in older files,
+// strings.
+inline constexpr char kRomListTableName[] = "##List";
+inline constexpr char kRomStringArrayTableName[] = "##StringArray";
 
 // Whether a catalogue row records its class's version: catalogues of old
 // files lack the field, and a row whose field holds no data counts as

@@ -101,6 +101,11 @@ cls_MementoWrite* rom_MementoWrite::MakeWriteObj(cls_FieldHandle const& field, u
   }
   rom_CowBarn& barn = m_Transporter->CowBarn();
   bool const shared = cow != nullptr && cow->HasValue();
+  // A collection without an identity of its own belongs to its owner's
+  // member: the row the member refers to already is written over.
+  if (!shared && uid.IsNull()) {
+    if (rom_MementoWrite* existing = ExistingCollection(field, cid)) return existing;
+  }
   // A value stored already is only referred to: one lookup, however deep
   // the object.
   if (shared) {

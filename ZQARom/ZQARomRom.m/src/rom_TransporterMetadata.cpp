@@ -41,8 +41,8 @@ rom_TransporterMetadata::rom_TransporterMetadata() {
                                               {kRomCatalogClassNameName, kString},
                                               {kRomCatalogBaseClassIdName, kInt},
                                               {kRomCatalogClassVersionName, kInt}}));
-  m_Tables.push_back(Layout("##List", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}}));
-  m_Tables.push_back(Layout("##StringArray", {{"Data", kString}}));
+  m_Tables.push_back(Layout(kRomListTableName, {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}}));
+  m_Tables.push_back(Layout(kRomStringArrayTableName, {{"Data", kString}}));
   m_Tables.push_back(Layout("##HandleArray", {{"Data", kHandle}}));
   m_Tables.push_back(Layout("##Map", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {"Key", kString}}));
   m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {"Key", kString}}));

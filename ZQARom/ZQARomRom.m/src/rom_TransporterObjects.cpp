@@ -4,6 +4,7 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "cls_ClassMetadata.h"
+#include "cls_CowValue.h"
 #include "cls_ReadVisitor.h"
 #include "cls_Static.h"
 #include "rom_MementoRead.h"
@@ -49,8 +50,19 @@ private:
 };
 }  // namespace
 
-rom_MementoWrite* rom_Transporter::MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid) {
-  return MakeRefMementoImpl(row, cid, uid, kRefMismatch);
+rom_MementoWrite* rom_Transporter::MakeRefMemento(rfm_Row& row, unsigned int cid, cls_Uid const& uid,
+                                                  cls_CowValue const* cow) {
+  bool const shared = cow != nullptr && cow->HasValue();
+  // As for an object's member: a value stored already is only referred to.
+  if (shared && GetClassBagForWrite(cid).HasTable()) {
+    if (rom_CowBarnStall const* stall = m_CowBarn.Stall(*cow)) {
+      WriteRef(row, stall->Row().m_Cid, stall->Row().m_Oid);
+      return nullptr;
+    }
+  }
+  std::unique_ptr<rom_MementoWrite> made(MakeRefMementoImpl(row, cid, uid, kRefMismatch));
+  if (made != nullptr && shared) m_CowBarn.Insert(cid, made->Oid(), *cow, FindMDWithDtor(cid));
+  return made.release();
 }
 
 rom_MementoWrite* rom_Transporter::MakeRefMementoWithPtr(rfm_Row& row, unsigned int cid, cls_Uid const& uid,

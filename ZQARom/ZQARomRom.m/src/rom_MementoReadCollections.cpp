@@ -1,0 +1,117 @@
+// The read memento's collections: the readers and agents of the list or
+// blob that its row, a row of a collection class, holds.
+#include "ZQABasAssert.h"
+#include "atr_SubstituteFormat.h"
+#include "atr_translate.h"
+#include "rom_AgentBlob.h"
+#include "rom_ArrayNumber.h"
+#include "rom_ArrayString.h"
+#include "rom_HeaderLayout.h"
+#include "rom_ListObj.h"
+#include "rom_ListPrim.h"
+#include "rom_MementoRead.h"
+#include "rom_Transporter.h"
+#include "typ_ArchCompTable.h"
+
+namespace {
+char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_MementoReadCollections";
+
+char const kBadColumns[] =
+    "rom_MementoRead::CollectionColumns - The list in %s[%d] of %s has %d columns; a list has at least one.";
+
+rfm_FieldHandle const kHandle(kRomTargetHandleColumn);
+rfm_FieldHandle const kColumns(kRomTargetColumnsColumn);
+
+// A list whose row holds no column count has one.
+int const kDefaultColumns = 1;
+}  // namespace
+
+bool rom_MementoRead::CollectionHandle(rfm_Handle& handle) const {
+  if (m_Row.IsNull() || !m_Row.DataIsPresent(kHandle)) return false;
+  handle = m_Row.ReadFieldHandle(kHandle);
+  return true;
+}
+
+int rom_MementoRead::CollectionColumns() const {
+  if (!m_Row.FieldIsPresent(kColumns) || !m_Row.DataIsPresent(kColumns)) return kDefaultColumns;
+  int const columns = m_Row.ReadFieldInt(kColumns);
+  if (columns < 1)
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate(kBadColumns), typ_ArchCompTable::GetName(m_Cid), Oid(),
+                                          m_Transporter->FileName(), columns));
+  return columns;
+}
+
+template <class Reader>
+Reader* rom_MementoRead::MakeReader() {
+  rfm_Handle handle;
+  if (!CollectionHandle(handle)) return nullptr;
+  return new Reader(*m_Transporter, handle, CollectionColumns());
+}
+
+template <class Agent>
+Agent* rom_MementoRead::MakeAgent() {
+  rfm_Handle handle;
+  if (!CollectionHandle(handle)) return nullptr;
+  return new Agent(*m_Transporter, Oid(), handle, CollectionColumns());
+}
+
+cls_ReadListObj* rom_MementoRead::MakeReadListObj() { return MakeReader<rom_ReadListObj>(); }
+
+cls_ReadListPrim<int>* rom_MementoRead::MakeReadListPrim(int const&) {
+  return MakeReader<rom_ReadListPrim<int, rom_ArrayInt>>();
+}
+
+cls_ReadListPrim<unsigned int>* rom_MementoRead::MakeReadListPrim(unsigned int const&) {
+  return MakeReader<rom_ReadListPrim<unsigned int, rom_ArrayUint>>();
+}
+
+cls_ReadListPrim<double>* rom_MementoRead::MakeReadListPrim(double const&) {
+  return MakeReader<rom_ReadListPrim<double, rom_ArrayDouble>>();
+}
+
+cls_ReadListPrim<float>* rom_MementoRead::MakeReadListPrim(float const&) {
+  return MakeReader<rom_ReadListPrim<float, rom_ArrayFloat>>();
+}
+
+cls_ReadListPrim<cow_String>* rom_MementoRead::MakeReadListPrim(cow_String const&) {
+  return MakeReader<rom_ReadListPrim<cow_String, rom_ArrayString>>();
+}
+
+cls_ReadListPrim<bool>* rom_MementoRead::MakeReadListPrim(bool const&) {
+  return MakeReader<rom_ReadListPrim<bool, rom_ArrayBool>>();
+}
+
+cls_AgentListObj* rom_MementoRead::MakeAgentListObj() {
+  rfm_Handle handle;
+  if (!CollectionHandle(handle)) return nullptr;
+  return new rom_AgentListObj(*m_Transporter, Oid(), handle);
+}
+
+cls_AgentListPrim<bool>* rom_MementoRead::MakeAgentListBool() {
+  return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>();
+}
+
+cls_AgentListPrim<double>* rom_MementoRead::MakeAgentListDouble() {
+  return MakeAgent<rom_AgentListPrim<double, rom_ArrayDouble>>();
+}
+
+cls_AgentListPrim<float>* rom_MementoRead::MakeAgentListFloat() {
+  return MakeAgent<rom_AgentListPrim<float, rom_ArrayFloat>>();
+}
+
+cls_AgentListPrim<int>* rom_MementoRead::MakeAgentListInt() { return MakeAgent<rom_AgentListPrim<int, rom_ArrayInt>>(); }
+
+cls_AgentListPrim<cow_String>* rom_MementoRead::MakeAgentListString() {
+  return MakeAgent<rom_AgentListPrim<cow_String, rom_ArrayString>>();
+}
+
+cls_AgentListPrim<unsigned int>* rom_MementoRead::MakeAgentListUint() {
+  return MakeAgent<rom_AgentListPrim<unsigned int, rom_ArrayUint>>();
+}
+
+cls_AgentBlob* rom_MementoRead::MakeAgentBlob() {
+  rfm_Handle handle;
+  if (!CollectionHandle(handle)) return nullptr;
+  return new rom_AgentBlob(*m_Transporter, handle);
+}

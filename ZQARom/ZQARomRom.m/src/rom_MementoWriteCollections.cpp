@@ -1,0 +1,147 @@
+// The write memento's collections: the writers and agents of the list or
+// blob that its row, a row of a collection class, holds.
+#include "ZQABasAssert.h"
+#include "cls_FieldHandle.h"
+#include "rom_AgentBlob.h"
+#include "rom_ArrayNumber.h"
+#include "rom_ArrayString.h"
+#include "rom_ClassBag.h"
+#include "rom_HeaderLayout.h"
+#include "rom_ListObj.h"
+#include "rom_ListPrim.h"
+#include "rom_MementoWrite.h"
+#include "rom_Transporter.h"
+
+#include <memory>
+
+namespace {
+rfm_FieldHandle const kHandle(kRomTargetHandleColumn);
+rfm_FieldHandle const kColumns(kRomTargetColumnsColumn);
+
+// A row's object id and class id in a reference's columns.
+bool StoredReference(rfm_Row const& row, rfm_FieldHandle const& oid, rfm_FieldHandle const& classId,
+                     rom_CidOid& stored) {
+  if (!row.DataIsPresent(oid) || !row.DataIsPresent(classId)) return false;
+  stored = rom_CidOid(static_cast<unsigned int>(row.ReadFieldInt(classId)), row.ReadFieldInt(oid));
+  return true;
+}
+}  // namespace
+
+rom_MementoWrite* rom_MementoWrite::ExistingCollection(cls_FieldHandle const& field, unsigned int cid) {
+  if (m_Row.IsNull() || !rom_IsInternalClass(cid)) return nullptr;
+  rfm_FieldHandle oid(-1), classId(-1);
+  m_Bag->ReferenceColumns(field, oid, classId);
+  if (!m_Row.FieldIsPresent(oid) || !m_Row.FieldIsPresent(classId)) return nullptr;
+  rom_CidOid stored;
+  if (!StoredReference(m_Row, oid, classId, stored) || stored.m_Cid != cid) return nullptr;
+  rom_ClassBag const& bag = m_Transporter->GetClassBagForWrite(cid);
+  if (!bag.HasTable() || stored.m_Oid < 0 || stored.m_Oid >= bag.Table().Length()) return nullptr;
+  m_LastReference = stored;
+  return new rom_MementoWrite(*m_Transporter, cid, stored.m_Oid);
+}
+
+// A collection the row holds already is opened (a writer empties it), any
+// other is made and its handle stored; a list's column count is stored
+// either way.
+template <class Writer>
+Writer* rom_MementoWrite::MakeWriter(int columns) {
+  if (m_Row.IsNull()) return nullptr;
+  std::unique_ptr<Writer> made;
+  if (m_Row.DataIsPresent(kHandle)) {
+    made.reset(new Writer(*m_Transporter, m_Row.ReadFieldHandle(kHandle)));
+  } else {
+    made.reset(new Writer(*m_Transporter));
+    m_Row.WriteFieldHandle(kHandle, made->Handle());
+  }
+  m_Row.WriteFieldInt(kColumns, columns);
+  return made.release();
+}
+
+// As MakeWriter, for an agent, which is told the row's object id: one
+// opened on a collection the row holds already is emptied once built.
+template <class Agent>
+Agent* rom_MementoWrite::MakeAgent(int columns) {
+  if (m_Row.IsNull()) return nullptr;
+  std::unique_ptr<Agent> made;
+  if (m_Row.DataIsPresent(kHandle)) {
+    made.reset(new Agent(*m_Transporter, Oid(), m_Row.ReadFieldHandle(kHandle), columns));
+    made->Clear();
+  } else {
+    made.reset(new Agent(*m_Transporter, Oid(), columns));
+    m_Row.WriteFieldHandle(kHandle, made->Handle());
+  }
+  m_Row.WriteFieldInt(kColumns, columns);
+  return made.release();
+}
+
+cls_WriteListObj* rom_MementoWrite::MakeWriteListObj(int columns) { return MakeWriter<rom_WriteListObj>(columns); }
+
+cls_WriteListPrim<int>* rom_MementoWrite::MakeWriteListPrim(int const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<int, rom_ArrayInt>>(columns);
+}
+
+cls_WriteListPrim<unsigned int>* rom_MementoWrite::MakeWriteListPrim(unsigned int const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<unsigned int, rom_ArrayUint>>(columns);
+}
+
+cls_WriteListPrim<double>* rom_MementoWrite::MakeWriteListPrim(double const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<double, rom_ArrayDouble>>(columns);
+}
+
+cls_WriteListPrim<float>* rom_MementoWrite::MakeWriteListPrim(float const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<float, rom_ArrayFloat>>(columns);
+}
+
+cls_WriteListPrim<cow_String>* rom_MementoWrite::MakeWriteListPrim(cow_String const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<cow_String, rom_ArrayString>>(columns);
+}
+
+cls_WriteListPrim<bool>* rom_MementoWrite::MakeWriteListPrim(bool const&, int columns) {
+  return MakeWriter<rom_WriteListPrim<bool, rom_ArrayBool>>(columns);
+}
+
+cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() {
+  if (m_Row.IsNull()) return nullptr;
+  std::unique_ptr<rom_AgentListObj> made;
+  if (m_Row.DataIsPresent(kHandle)) {
+    made.reset(new rom_AgentListObj(*m_Transporter, Oid(), m_Row.ReadFieldHandle(kHandle)));
+    made->Clear();
+  } else {
+    made.reset(new rom_AgentListObj(*m_Transporter, Oid()));
+    m_Row.WriteFieldHandle(kHandle, made->Handle());
+  }
+  return made.release();
+}
+
+cls_AgentListPrim<bool>* rom_MementoWrite::MakeAgentListBool(int columns) {
+  return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>(columns);
+}
+
+cls_AgentListPrim<double>* rom_MementoWrite::MakeAgentListDouble(int columns) {
+  return MakeAgent<rom_AgentListPrim<double, rom_ArrayDouble>>(columns);
+}
+
+cls_AgentListPrim<float>* rom_MementoWrite::MakeAgentListFloat(int columns) {
+  return MakeAgent<rom_AgentListPrim<float, rom_ArrayFloat>>(columns);
+}
+
+cls_AgentListPrim<int>* rom_MementoWrite::MakeAgentListInt(int columns) {
+  return MakeAgent<rom_AgentListPrim<int, rom_ArrayInt>>(columns);
+}
+
+cls_AgentListPrim<cow_String>* rom_MementoWrite::MakeAgentListString(int columns) {
+  return MakeAgent<rom_AgentListPrim<cow_String, rom_ArrayString>>(columns);
+}
+
+cls_AgentListPrim<unsigned int>* rom_MementoWrite::MakeAgentListUint(int columns) {
+  return MakeAgent<rom_AgentListPrim<unsigned int, rom_ArrayUint>>(columns);
+}
+
+cls_AgentBlob* rom_MementoWrite::MakeAgentBlob() {
+  if (m_Row.IsNull()) return nullptr;
+  // A blob the row holds already keeps its bytes.
+  if (m_Row.DataIsPresent(kHandle)) return new rom_AgentBlob(*m_Transporter, m_Row.ReadFieldHandle(kHandle));
+  std::unique_ptr<rom_AgentBlob> made(new rom_AgentBlob(*m_Transporter));
+  m_Row.WriteFieldHandle(kHandle, made->Handle());
+  return made.release();
+}
