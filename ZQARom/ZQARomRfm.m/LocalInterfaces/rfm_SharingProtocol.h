@@ -12,8 +12,9 @@
 //       the database writes the pool and the catalogue before its groups.
 //   W2  A flush writes its groups piece by piece (rfm_LinkageGroups::Write),
 //       in an order in which every prefix of its writes leaves groups that
-//       describe a prefix of every object: fresh slots without their links,
-//       then those links; changed locations; the pool's growth, then its
+//       describe a prefix of every object: fresh slots without their links;
+//       changed locations, links to new groups among them; then the fresh
+//       slots' links, which may lead into a new group; the pool's growth, then its
 //       links; the catalogue's growth, then its links; every other growth;
 //       every other link. A link is written with the growth of the extent
 //       it continues, so that an object grows from one flush's end to the

@@ -235,13 +235,15 @@ void rfm_LinkageGroups::Check(GroupList& groups, utl_FileOffset stored) const {
 //      location on): nothing on disk leads to them. They go without their
 //      links, so that a cut in this write leaves none of them continuing in
 //      a slot that the cut left without its location, which is free;
-//   2. the links between those slots, whose linkages are written by now;
-//      changed locations: extents given to placeholders, whose lengths on
+//   2. changed locations: extents given to placeholders, whose lengths on
 //      disk are still 0, and links to new groups, which are written by now;
-//   3. the string pool's growth and then its link to a new extent, then the
+//   3. the links between the slots of step 1, whose linkages are written by
+//      now, and which may lead into a new group, which step 2 made part of
+//      the file's chain of groups;
+//   4. the string pool's growth and then its link to a new extent, then the
 //      catalogue's: rows and tables refer to their records;
-//   4. the growth of every other object, over data written before the flush;
-//   5. every other link to a new extent, whose linkage is written by now,
+//   5. the growth of every other object, over data written before the flush;
+//   6. every other link to a new extent, whose linkage is written by now,
 //      together with the growth of the extent it continues. Written apart,
 //      a kill between the two would leave the object ending where that
 //      extent ends, which for a table may be inside a row, and the last row
@@ -256,13 +258,13 @@ void rfm_LinkageGroups::Check(GroupList& groups, utl_FileOffset stored) const {
 // its allocation, a location that is neither old nor new, or half a link;
 // only slot 109's growth may arrive without its link, a shorter prefix.
 void rfm_LinkageGroups::Write() {
-  // Pieces are written by rank: fresh slots, their links and locations,
-  // then for the pool, the catalogue and everything else in turn, sizes and
+  // Pieces are written by rank: fresh slots, locations, the fresh slots'
+  // links, then for the pool, the catalogue and everything else in turn, sizes and
   // then the next.
   constexpr int kFreshSlots = 0;
   constexpr int kLocations = 1;
-  constexpr int kFreshLinks = kLocations;
-  auto sizesRank = [](int owner) { return 2 + 2 * owner; };
+  constexpr int kFreshLinks = 2;
+  auto sizesRank = [](int owner) { return 3 + 2 * owner; };
   struct Piece {
     int rank;
     std::size_t group;

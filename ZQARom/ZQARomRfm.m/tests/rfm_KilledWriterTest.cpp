@@ -351,6 +351,58 @@ TEST(KilledWriterCutSlotTest, AFileLeftByAKilledWriterTakesNewObjectsInItsTornFr
   EXPECT_EQ("", SpaceBytes(reopened, kCutSlot - 1));
 }
 
+// A flush that starts a second linkage group and links a space of the first
+// group, new in this flush, to an extent whose linkage lies in the new group.
+// Wherever a writer dies in that flush, the file opens, and the first
+// flush's space reads whole: no link leads into a group before the group
+// joins the file's chain of groups.
+TEST(KilledWriterNewGroupTest, DyingWhileASecondGroupIsWrittenLeavesTheFirstFlush) {
+  zqa_TestDir dir;
+  std::string const kept = "written by the first flush";
+  int keptHandle = 0;
+  auto writer = [&](cow_String const& name, std::size_t dieAt) {
+    auto* file = new rfm_DyingFile(name, false, dieAt, false);
+    rfm_Database database = rfm_Database::Create(rfm_File(file), "APP", "groups", 1700000000);
+    rfm_Space first = database.Space(-1);
+    first.Write(kept.data(), static_cast<int>(kept.size()));
+    keptHandle = first.Handle().Value();
+    database.Flush();
+    std::size_t const flushStart = file->Writes().size();
+    std::vector<rfm_Space> spaces;
+    while (spaces.empty() || spaces.back().Handle().Group() == 0) spaces.push_back(database.Space(-1));
+    // The last space of group 0 grows, another space's bytes follow its
+    // extent, and it grows again: into an extent whose linkage is taken in
+    // the new group.
+    rfm_Space const& edge = spaces[spaces.size() - 2];
+    std::string const bytes(100, 'e');
+    edge.Write(bytes.data(), 100);
+    spaces.back().Write(bytes.data(), 100);
+    edge.Write(bytes.data(), 100);
+    database.Flush();
+    return file->Writes().size() - flushStart;
+  };
+  std::size_t const flushWrites = writer(dir.File("rehearsal.zdb"), 0);
+  std::size_t const before = [&] {
+    auto* file = new rfm_DyingFile(dir.File("count.zdb"), false, 0, false);
+    rfm_Database database = rfm_Database::Create(rfm_File(file), "APP", "groups", 1700000000);
+    rfm_Space first = database.Space(-1);
+    first.Write(kept.data(), static_cast<int>(kept.size()));
+    database.Flush();
+    return file->Writes().size();
+  }();
+  ASSERT_GT(flushWrites, 2u);
+  for (std::size_t write = 0; write < flushWrites; ++write) {
+    SCOPED_TRACE(testing::Message() << "dying at write " << write << " of the flush");
+    cow_String const name = dir.File(atr_SubstituteFormat("groups%d.zdb", static_cast<int>(write)).CStr());
+    EXPECT_EQ(128 + SIGKILL, zqa_RunInChild([&] { writer(name, before + write + 1); }));
+    try {
+      EXPECT_EQ(kept, SpaceBytes(OpenTestDatabase(name, utl_FileAccessRead, "APP"), keptHandle));
+    } catch (std::exception const& e) {
+      ADD_FAILURE() << e.what();
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(, KilledWriterTest, testing::Values(false, true),
                          [](testing::TestParamInfo<bool> const& info) {
                            return info.param ? std::string("Preallocated") : std::string("Plain");
