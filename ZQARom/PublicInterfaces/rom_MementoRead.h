@@ -51,6 +51,8 @@ public:
   // The collections of this memento's row, a row of a collection class: its
   // first column holds the store's handle, its second a list's column count
   // (1 when it holds none). Null when the row holds no handle.
+  // Raises for a reference to a row of another class.
+  cls_MementoRead* MakeReadCollection(cls_FieldHandle const& field, unsigned int collectionClass) override;
   cls_ReadListObj* MakeReadListObj() override;
   cls_ReadListPrim<int>* MakeReadListPrim(int const& type) override;
   cls_ReadListPrim<unsigned int>* MakeReadListPrim(unsigned int const& type) override;

@@ -68,6 +68,10 @@ public:
   virtual void* ReadObjPtr(cls_FieldHandle const& field, unsigned int cid) = 0;
   virtual cls_CowValue const& ReadObjCow(cls_FieldHandle const& field, unsigned int cid) = 0;
 
+  // The memento of the collection row that field refers to, which must be
+  // of class collectionClass (cls_CollectionClass.h); null for a null
+  // reference. Here: MakeReadObj, which checks no class.
+  virtual cls_MementoRead* MakeReadCollection(cls_FieldHandle const& field, unsigned int collectionClass);
   virtual cls_ReadListObj* MakeReadListObj();
   virtual cls_ReadListPrim<int>* MakeReadListPrim(int const& type);
   virtual cls_ReadListPrim<unsigned int>* MakeReadListPrim(unsigned int const& type);

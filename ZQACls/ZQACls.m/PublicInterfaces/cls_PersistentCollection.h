@@ -63,14 +63,14 @@ private:
   cls_WriteVisitor m_Visitor;
 };
 
-// The row of the collection field refers to, for reading; no memento when
-// the owner's row holds no reference there (missing member or column) or a
-// null one.
+// The row of the collection field refers to, for reading, which must be of
+// the collection class collectionClass; no memento when the owner's row
+// holds no reference there (missing member or column) or a null one.
 class cls_CollectionReadRow {
 public:
-  cls_CollectionReadRow(cls_ReadVisitor const& owner, cls_FieldHandle const& field)
+  cls_CollectionReadRow(cls_ReadVisitor const& owner, cls_FieldHandle const& field, unsigned int collectionClass)
       : m_Present(owner.ObjIsPresent(field)),
-        m_Visitor(m_Present ? cls_ReadVisitor(owner, field) : cls_ReadVisitor(nullptr)) {}
+        m_Visitor(m_Present ? cls_ReadVisitor::Collection(owner, field, collectionClass) : cls_ReadVisitor(nullptr)) {}
   // Whether the owner's row has a reference in field at all.
   bool Present() const { return m_Present; }
   cls_MementoRead* Memento() const { return m_Visitor.Memento(); }
@@ -111,7 +111,7 @@ public:
   }
 
   void Read(T& object, cls_ReadVisitor const& visitor) const override {
-    cls_CollectionReadRow const row(visitor, this->Field());
+    cls_CollectionReadRow const row(visitor, this->Field(), cls_kListClass);
     if (!row.Present()) return;
     std::vector<E>& values = object.*m_Member;
     values.clear();
@@ -161,7 +161,7 @@ public:
   }
 
   void Read(T& object, cls_ReadVisitor const& visitor) const override {
-    cls_CollectionReadRow const row(visitor, this->Field());
+    cls_CollectionReadRow const row(visitor, this->Field(), cls_kListClass);
     if (!row.Present()) return;
     std::vector<cow_COW<U>>& elements = object.*m_Member;
     elements.clear();
@@ -202,7 +202,7 @@ public:
   }
 
   void Read(T& object, cls_ReadVisitor const& visitor) const override {
-    cls_CollectionReadRow const row(visitor, this->Field());
+    cls_CollectionReadRow const row(visitor, this->Field(), cls_kBlobClass);
     if (!row.Present()) return;
     std::vector<char>& bytes = object.*m_Member;
     bytes.clear();

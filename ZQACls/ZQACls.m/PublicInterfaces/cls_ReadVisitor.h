@@ -35,6 +35,10 @@ public:
   explicit cls_ReadVisitor(cls_MementoRead* memento);
   // The object in parent's member field (cls_MementoRead::MakeReadObj).
   cls_ReadVisitor(cls_ReadVisitor const& parent, cls_FieldHandle const& field);
+  // The collection of class collectionClass in parent's member field
+  // (cls_MementoRead::MakeReadCollection).
+  static cls_ReadVisitor Collection(cls_ReadVisitor const& parent, cls_FieldHandle const& field,
+                                    unsigned int collectionClass);
   // The base class part of derived's object (cls_MementoRead::MakeBaseReadObj).
   static cls_ReadVisitor Base(cls_ReadVisitor const& derived);
   cls_ReadVisitor(cls_ReadVisitor const& other);

@@ -2,6 +2,10 @@
 
 cls_MementoRead::~cls_MementoRead() = default;
 
+cls_MementoRead* cls_MementoRead::MakeReadCollection(cls_FieldHandle const& field, unsigned int) {
+  return MakeReadObj(field);
+}
+
 cls_ReadListObj* cls_MementoRead::MakeReadListObj() { return nullptr; }
 cls_ReadListPrim<int>* cls_MementoRead::MakeReadListPrim(int const&) { return nullptr; }
 cls_ReadListPrim<unsigned int>* cls_MementoRead::MakeReadListPrim(unsigned int const&) { return nullptr; }

@@ -9,6 +9,12 @@ cls_ReadVisitor::cls_ReadVisitor(cls_MementoRead* memento) : m_Memento(memento) 
 cls_ReadVisitor::cls_ReadVisitor(cls_ReadVisitor const& parent, cls_FieldHandle const& field)
     : cls_ReadVisitor(parent.m_Memento != nullptr ? parent.m_Memento->MakeReadObj(field) : nullptr) {}
 
+cls_ReadVisitor cls_ReadVisitor::Collection(cls_ReadVisitor const& parent, cls_FieldHandle const& field,
+                                            unsigned int collectionClass) {
+  return cls_ReadVisitor(parent.m_Memento != nullptr ? parent.m_Memento->MakeReadCollection(field, collectionClass)
+                                                     : nullptr);
+}
+
 cls_ReadVisitor cls_ReadVisitor::Base(cls_ReadVisitor const& derived) {
   return cls_ReadVisitor(derived.m_Memento != nullptr ? derived.m_Memento->MakeBaseReadObj() : nullptr);
 }

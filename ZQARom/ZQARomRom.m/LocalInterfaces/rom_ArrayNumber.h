@@ -5,6 +5,8 @@
 #include "rfm_Database.h"
 #include "rfm_Handle.h"
 #include "rom_ExtentQuanta.h"
+#include "rom_ListStore.h"
+#include "rom_Transporter.h"
 
 #include <algorithm>
 #include <type_traits>
@@ -42,11 +44,15 @@ struct rom_DoubleStore {
 template <class T, class Store, char const* QuantumName>
 class rom_ArrayNumber {
 public:
-  // The array at handle.
-  rom_ArrayNumber(rfm_Database const& database, rfm_Handle const& handle)
-      : m_Array(Store::Open(database, handle, Quantum())) {}
+  // The array at handle in transporter's file, which must have one field a
+  // row.
+  rom_ArrayNumber(rom_Transporter const& transporter, rfm_Handle const& handle)
+      : m_Array(Store::Open(transporter.Database(), handle, Quantum())) {
+    rom_ListStore::CheckOneField(transporter, handle, m_Array.FieldCount());
+  }
   // A new array.
-  explicit rom_ArrayNumber(rfm_Database const& database) : m_Array(Store::New(database, Quantum())) {}
+  explicit rom_ArrayNumber(rom_Transporter const& transporter)
+      : m_Array(Store::New(transporter.Database(), Quantum())) {}
 
   // Both move up to count elements from the current position on and answer
   // how many they moved.

@@ -7,15 +7,18 @@
 #include "rfm_Handle.h"
 #include "rfm_Table.h"
 
+class rom_Transporter;
+
 // A list's store of strings: an array of strings of one field, or, in older
 // files, a table of layout "##StringArray", a string a row. Exactly one of
 // the two is open; every operation goes to it, with the same meaning.
 class rom_ArrayString {
 public:
-  // The store at handle, whichever of the two forms it has.
-  rom_ArrayString(rfm_Database const& database, rfm_Handle const& handle);
+  // The store at handle in transporter's file, whichever of the two forms
+  // it has; an array must have one field a row.
+  rom_ArrayString(rom_Transporter const& transporter, rfm_Handle const& handle);
   // A new array.
-  explicit rom_ArrayString(rfm_Database const& database);
+  explicit rom_ArrayString(rom_Transporter const& transporter);
 
   int Read(cow_String* values, int count) const;
   int Write(cow_String const* values, int count) const;

@@ -18,10 +18,10 @@ template <class T, class A>
 class rom_WriteListPrim : public cls_WriteListPrim<T> {
 public:
   // A new store.
-  explicit rom_WriteListPrim(rom_Transporter& transporter) : m_Store(transporter.Database()) {}
+  explicit rom_WriteListPrim(rom_Transporter& transporter) : m_Store(transporter) {}
   // The store at handle, emptied.
   rom_WriteListPrim(rom_Transporter& transporter, rfm_Handle const& handle)
-      : m_Store(transporter.Database(), handle) {
+      : m_Store(transporter, handle) {
     m_Store.Truncate(0);
   }
 
@@ -39,7 +39,7 @@ template <class T, class A>
 class rom_ReadListPrim : public cls_ReadListPrim<T> {
 public:
   rom_ReadListPrim(rom_Transporter& transporter, rfm_Handle const& handle, int columns)
-      : m_Store(transporter.Database(), handle), m_Columns(columns) {
+      : m_Store(transporter, handle), m_Columns(columns) {
     m_Store.Seek(0);
   }
 
@@ -60,11 +60,11 @@ class rom_AgentListPrim : public cls_AgentListPrim<T> {
 public:
   // The store at handle of the list of object oid.
   rom_AgentListPrim(rom_Transporter& transporter, int oid, rfm_Handle const& handle, int columns)
-      : m_Transporter(&transporter), m_Store(transporter.Database(), handle), m_Oid(oid), m_Columns(columns) {}
+      : m_Transporter(&transporter), m_Store(transporter, handle), m_Oid(oid), m_Columns(columns) {}
   // A new store, flushed at once so that it has a handle; the owner stores
   // the column count.
   rom_AgentListPrim(rom_Transporter& transporter, int oid, int columns)
-      : m_Transporter(&transporter), m_Store(transporter.Database()), m_Oid(oid), m_Columns(columns) {
+      : m_Transporter(&transporter), m_Store(transporter), m_Oid(oid), m_Columns(columns) {
     m_Store.Flush();
   }
 

@@ -3,6 +3,8 @@
 #include "rfm_FieldHandle.h"
 #include "rfm_Row.h"
 #include "rom_ExtentQuanta.h"
+#include "rom_ListStore.h"
+#include "rom_Transporter.h"
 
 namespace {
 // A "##StringArray" row's string.
@@ -11,14 +13,19 @@ rfm_FieldHandle const kDataColumn(0);
 int Quantum() { return rom_ExtentQuantum(kRomQuantumArrayString, kRomArrayQuantumDefault); }
 }  // namespace
 
-rom_ArrayString::rom_ArrayString(rfm_Database const& database, rfm_Handle const& handle) {
-  if (database.HandleType(handle) == rfm_TypeTable)
+rom_ArrayString::rom_ArrayString(rom_Transporter const& transporter, rfm_Handle const& handle) {
+  rfm_Database const& database = transporter.Database();
+  if (database.HandleType(handle) == rfm_TypeTable) {
     m_Table = database.Table(handle, Quantum(), -1);
-  else
+    rom_ListStore::CheckStringTable(transporter, m_Table);
+  } else {
     m_Array = database.ArrayString(handle, Quantum(), 0);
+    rom_ListStore::CheckOneField(transporter, handle, m_Array.FieldCount());
+  }
 }
 
-rom_ArrayString::rom_ArrayString(rfm_Database const& database) : m_Array(database.ArrayString(1, Quantum(), 0)) {}
+rom_ArrayString::rom_ArrayString(rom_Transporter const& transporter)
+    : m_Array(transporter.Database().ArrayString(1, Quantum(), 0)) {}
 
 int rom_ArrayString::Read(cow_String* values, int count) const {
   if (!IsTable()) return m_Array.Read(values, count);

@@ -3,6 +3,8 @@
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
+#include "cls_AttributeType.h"
+#include "cls_FieldHandle.h"
 #include "rom_AgentBlob.h"
 #include "rom_ArrayNumber.h"
 #include "rom_ArrayString.h"
@@ -19,12 +21,33 @@ char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_MementoReadCollections";
 char const kBadColumns[] =
     "rom_MementoRead::CollectionColumns - The list in %s[%d] of %s has %d columns; a list has at least one.";
 
+char const kNotACollection[] =
+    "rom_MementoRead::MakeReadCollection - Member %s of %s[%d] in %s refers to %s[%d], not to a collection of class "
+    "%s.";
+
 rfm_FieldHandle const kHandle(kRomTargetHandleColumn);
 rfm_FieldHandle const kColumns(kRomTargetColumnsColumn);
 
 // A list whose row holds no column count has one.
 int const kDefaultColumns = 1;
 }  // namespace
+
+cls_MementoRead* rom_MementoRead::MakeReadCollection(cls_FieldHandle const& field, unsigned int collectionClass) {
+  unsigned int stored = cls_kNoClass;
+  int oid = -1;
+  if (!ReadReference(field, stored, oid)) {
+    // A missing reference raises as for any object member.
+    if (!ObjIsPresent(field)) return MakeReadObj(field);
+    return nullptr;
+  }
+  if (stored != collectionClass)
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate(kNotACollection), field.Name(),
+                                          typ_ArchCompTable::GetName(m_Cid), Oid(), m_Transporter->FileName(),
+                                          typ_ArchCompTable::GetName(stored), oid,
+                                          typ_ArchCompTable::GetName(collectionClass)));
+  return MakeMemento(stored, oid);
+}
 
 bool rom_MementoRead::CollectionHandle(rfm_Handle& handle) const {
   if (m_Row.IsNull() || !m_Row.DataIsPresent(kHandle)) return false;

@@ -53,10 +53,14 @@ TEST_P(DamagedTransporterFileTest, EndsCorrectOrWithTheLibrarysError) {
   zqa_WriteFileBytes(name, good);
   std::string const expected = walk(name);
   // The sample reads as it was written: every class that stores something
-  // with its rows, the marker without a table.
+  // with its rows, the marker without a table, node sets with their lists
+  // (an empty one, one with null elements).
   for (char const* line : {"class Material table [8]\"Material\" rows 3", "class Node table [4]\"Node\" rows 6",
                            "class Hex8 table [4]\"Hex8\" rows 2", "class Marker has no table",
-                           "class ##InternalList table [14]\"##InternalList\" rows 1",
+                           "class ##InternalList table [14]\"##InternalList\" rows 29",
+                           "class ##InternalBlob table [14]\"##InternalBlob\" rows 4",
+                           "object FeNodeSet[0] name=[5]\"Set-0\" nodes= ids= masks= weights= scales= flags= labels= note=\n",
+                           " nodes= FeNode[6] FeNode[1] FeNode[23] null FeNode[8] ",
                            "class FeNode table [6]\"FeNode\" rows 24", "class FeMarker has no table",
                            "object FeNode[23] id=24 ", "object FeQuad4[2] id=6 kind=Contact material=FeMaterial[1] ",
                            " nodes= FeNode[10] FeNode[19] FeNode[21] FeNode[1] reference=FeNode[9]\n"}) {

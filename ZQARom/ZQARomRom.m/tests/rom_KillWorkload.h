@@ -55,7 +55,9 @@ constexpr int kMaterialsPerStep = 2;
 inline rom_TestModel::Model StepModel(unsigned seed, int step) {
   return rom_TestModel::Make(kNodesPerStep, kMaterialsPerStep, seed * 1000 + static_cast<unsigned>(step));
 }
-inline bool IsModelClass(unsigned int cid) { return cid >= rom_TestModel::kMaterial && cid <= rom_TestModel::kMarker; }
+inline bool IsModelClass(unsigned int cid) {
+  return (cid >= rom_TestModel::kMaterial && cid <= rom_TestModel::kNodeSet) || rom_IsInternalClass(cid);
+}
 
 inline void Register(cls_ClassRegistrar& registrar) {
   for (int k = 0; k < kClasses; ++k) {

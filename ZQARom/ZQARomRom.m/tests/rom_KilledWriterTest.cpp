@@ -113,11 +113,12 @@ rom_TestModel::Model StepModels(unsigned seed, int last) {
     all.nodes.insert(all.nodes.end(), model.nodes.begin(), model.nodes.end());
     all.hexes.insert(all.hexes.end(), model.hexes.begin(), model.hexes.end());
     all.quads.insert(all.quads.end(), model.quads.begin(), model.quads.end());
+    all.sets.insert(all.sets.end(), model.sets.begin(), model.sets.end());
   }
   return all;
 }
 
-// Checks the objects of one list of the model (nodes, hexes or quads) whose
+// Checks the objects of one list of the model (nodes, hexes, quads or sets) whose
 // class is T: at least those of the last completed flush, at most those of
 // the step under way, each read as a root and compared, with the objects it
 // refers to, with the one the writer wrote in its row. Answers their number.
@@ -147,13 +148,14 @@ bool CheckModel(rom_Transporter& transporter, unsigned seed, Death const& death,
   rom_TestModel::Model const written = StepModels(seed, death.lastStep);
   rom_TestModel::Model const one = rom_Kill::StepModel(seed, 0);
   int const perStep[] = {static_cast<int>(one.nodes.size()), static_cast<int>(one.hexes.size()),
-                         static_cast<int>(one.quads.size())};
+                         static_cast<int>(one.quads.size()), static_cast<int>(one.sets.size())};
   int const found[] = {
       CheckObjects(transporter, &rom_TestModel::Model::nodes, written, perStep[0], death, cutWrite),
       CheckObjects(transporter, &rom_TestModel::Model::hexes, written, perStep[1], death, cutWrite),
-      CheckObjects(transporter, &rom_TestModel::Model::quads, written, perStep[2], death, cutWrite)};
+      CheckObjects(transporter, &rom_TestModel::Model::quads, written, perStep[2], death, cutWrite),
+      CheckObjects(transporter, &rom_TestModel::Model::sets, written, perStep[3], death, cutWrite)};
   bool partial = false;
-  for (int i = 0; i < 3; ++i) partial = partial || found[i] != (death.Completed() + 1) * perStep[i];
+  for (int i = 0; i < 4; ++i) partial = partial || found[i] != (death.Completed() + 1) * perStep[i];
   return partial;
 }
 
@@ -172,7 +174,8 @@ std::string CheckFile(cow_String const& name, unsigned seed, Death const& death,
     rom_Transporter transporter(registrar, rfm_File::Open(name, utl_FileAccessRead, false), rom_Kill::kMagic, -1);
     rfm_Table const& catalog = transporter.Catalog();
     // The series' classes are made in order, each with its catalogue row;
-    // the model's classes come between them, made by the first objects.
+    // the model's classes, and the collection classes of its lists, come
+    // between them, made by the first objects.
     int classes = 0;
     bool partial = false;
     for (int i = 0; i < catalog.Length(); ++i) {

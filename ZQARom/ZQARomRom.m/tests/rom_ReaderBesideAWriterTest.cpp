@@ -158,8 +158,8 @@ rom_TestModel::Model RoundModel(int round) {
 }
 
 // The models of rounds 0 to rounds - 1, one after the other, as a reader
-// reads them: each round's nodes and elements follow the previous round's
-// in their tables.
+// reads them: each round's nodes, elements and node sets follow the
+// previous round's in their tables.
 rom_TestModel::Model FirstRounds(int rounds) {
   rom_TestModel::Model all;
   for (int round = 0; round < rounds; ++round) {
@@ -167,6 +167,7 @@ rom_TestModel::Model FirstRounds(int rounds) {
     all.nodes.insert(all.nodes.end(), model.nodes.begin(), model.nodes.end());
     all.hexes.insert(all.hexes.end(), model.hexes.begin(), model.hexes.end());
     all.quads.insert(all.quads.end(), model.quads.begin(), model.quads.end());
+    all.sets.insert(all.sets.end(), model.sets.begin(), model.sets.end());
   }
   return all;
 }
@@ -181,6 +182,9 @@ int RoundsShown(rom_Transporter& reader) {
   for (unsigned int cid : {rom_TestModel::kHex8, rom_TestModel::kQuad4})
     zqa_Require(reader.GetTableSize(cid) == rounds * elements,
                 "elements of another flush than the nodes: " + std::to_string(reader.GetTableSize(cid)));
+  int const sets = static_cast<int>(RoundModel(0).sets.size());
+  zqa_Require(reader.GetTableSize(rom_TestModel::kNodeSet) == rounds * sets,
+              "node sets of another flush than the nodes: " + std::to_string(reader.GetTableSize(rom_TestModel::kNodeSet)));
   return rounds;
 }
 

@@ -33,6 +33,7 @@ constexpr unsigned int kElement = 0x01000103;
 constexpr unsigned int kHex8 = 0x01000104;
 constexpr unsigned int kQuad4 = 0x01000105;
 constexpr unsigned int kMarker = 0x01000106;
+constexpr unsigned int kNodeSet = 0x01000107;
 constexpr double kRoomTemperature = 20.0;
 
 // Registers the classes under their names, each after namePrefix, which
@@ -117,6 +118,24 @@ private:
   cls_Uid m_Uid;
 };
 
+// A named set of nodes with values per node, through the typed helper: a
+// list of every kind and a blob. Its node list may hold null elements.
+struct rom_TestNodeSet {
+  static constexpr unsigned int kClassId = rom_TestModel::kNodeSet;
+  // The elements of one logical row of ids.
+  static constexpr int kIdColumns = 4;
+  cls_Uid uid;
+  cow_String name;
+  std::vector<cow_COW<rom_TestNode>> nodes;
+  std::vector<int> ids;
+  std::vector<unsigned int> masks;
+  std::vector<double> weights;
+  std::vector<float> scales;
+  std::vector<bool> flags;
+  std::vector<cow_String> labels;
+  std::vector<char> note;
+};
+
 namespace rom_TestModel {
 // A whole model, as the application holds it.
 struct Model {
@@ -124,16 +143,18 @@ struct Model {
   std::vector<cow_COW<rom_TestNode>> nodes;
   std::vector<cow_COW<rom_TestHex8>> hexes;
   std::vector<cow_COW<rom_TestQuad4>> quads;
+  std::vector<cow_COW<rom_TestNodeSet>> sets;
 };
 
-// A model of nodes nodes, materials materials and about nodes / 4 elements
-// of each kind, every value drawn from seed; nodes have temperatures other
-// than the default only from version 2 on.
+// A model of nodes nodes, materials materials, about nodes / 4 elements
+// of each kind and nodes / 8 + 1 node sets (the first with empty lists),
+// every value drawn from seed; nodes have temperatures other than the
+// default only from version 2 on.
 Model Make(int nodes, int materials, unsigned int seed, int nodeVersion = 1);
-// Writes the elements and then the nodes as roots (the nodes and materials
-// the elements refer to go with them).
+// Writes the nodes, the elements and the node sets as roots (the nodes and
+// materials they refer to go with them).
 void Write(rom_Transporter& transporter, Model const& model);
-// Every node and element of the file's tables.
+// Every node, element and node set of the file's tables.
 Model Read(rom_Transporter& transporter);
 // Empty when the two models hold equal values in the same order; else the
 // first difference. Elements are compared with their nodes and materials.

@@ -16,6 +16,7 @@ class rom_TestQuad4;
 class rom_Transporter;
 class cls_ClassMetadata;
 struct rom_TestMaterial;
+struct rom_TestNodeSet;
 
 // Reads a transporter file as a program that reads every class of its
 // model does, and writes down what it read as text: the header's form and
@@ -49,6 +50,7 @@ private:
   std::string Describe(rom_TestNode const& node) const;
   std::string Describe(rom_TestHex8 const& hex) const;
   std::string Describe(rom_TestQuad4 const& quad) const;
+  std::string Describe(rom_TestNodeSet const& set) const;
   std::string DescribeElement(rom_TestElement const& element) const;
   // An object read before as the row it was read from; "null" for none.
   std::string Row(void const* object) const;

@@ -117,8 +117,10 @@ void AddReferences(rom_Transporter& transporter, unsigned int cid, std::vector<C
 std::vector<unsigned int> rom_SampleTransporterFile::Classes() {
   std::vector<unsigned int> classes(std::begin(kAll), std::end(kAll));
   classes.push_back(kRomInternalListClass);
+  classes.push_back(kRomInternalBlobClass);
   classes.insert(classes.end(), {rom_TestModel::kMaterial, rom_TestModel::kNode, rom_TestModel::kElement,
-                                 rom_TestModel::kHex8, rom_TestModel::kQuad4, rom_TestModel::kMarker});
+                                 rom_TestModel::kHex8, rom_TestModel::kQuad4, rom_TestModel::kMarker,
+                                 rom_TestModel::kNodeSet});
   return classes;
 }
 
@@ -155,7 +157,7 @@ rom_SampleTransporterFile::Contents rom_SampleTransporterFile::Write(cls_ClassRe
   WriteList(internal.Table().NewRow(), internal, 1, "Target", list.Handle());
   rom_TestModel::Write(transporter, rom_TestModel::Make(kModelNodes, kModelMaterials, kModelSeed));
   for (unsigned int classId : {rom_TestModel::kNode, rom_TestModel::kElement, rom_TestModel::kHex8,
-                               rom_TestModel::kQuad4})
+                               rom_TestModel::kQuad4, rom_TestModel::kNodeSet})
     AddReferences(transporter, classId, contents.m_References);
   transporter.Flush();
   return contents;

@@ -164,6 +164,18 @@ void rom_TestModel::Register(cls_ClassRegistrar& registrar, int nodeVersion, cha
       .AddAttribute(kReference, cls_AttrObjectCow, kNode)
       .AddDtor(&cls_CowDtor<rom_TestQuad4>);
   registrar.CreateClassMD(name("Marker"), kMarker, 1, nullptr, cls_kNoClass);
+  cls_Persistent<rom_TestNodeSet>(name("NodeSet"), kNodeSet, 1)
+      .Identity(&rom_TestNodeSet::uid)
+      .Member(1, "Name", &rom_TestNodeSet::name)
+      .Member(2, "Nodes", &rom_TestNodeSet::nodes)
+      .Member(3, "Ids", &rom_TestNodeSet::ids, rom_TestNodeSet::kIdColumns)
+      .Member(4, "Masks", &rom_TestNodeSet::masks)
+      .Member(5, "Weights", &rom_TestNodeSet::weights)
+      .Member(6, "Scales", &rom_TestNodeSet::scales)
+      .Member(7, "Flags", &rom_TestNodeSet::flags)
+      .Member(8, "Labels", &rom_TestNodeSet::labels)
+      .Member(9, "Note", &rom_TestNodeSet::note)
+      .Register(registrar);
 }
 
 rom_TestModel::Model rom_TestModel::Make(int nodes, int materials, unsigned int seed, int nodeVersion) {
@@ -201,6 +213,23 @@ rom_TestModel::Model rom_TestModel::Make(int nodes, int materials, unsigned int 
     if (random() % 4 == 0) quad->m_Reference = anyNode();
     model.quads.emplace_back(quad);
   }
+  for (int i = 0; i <= nodes / 8; ++i) {
+    auto* set = new rom_TestNodeSet;
+    set->name = cow_String(("Set-" + std::to_string(i)).c_str());
+    // The first set's lists and note are empty.
+    int const size = i == 0 ? 0 : 1 + static_cast<int>(random() % 12);
+    for (int k = 0; k < size; ++k) {
+      set->nodes.push_back(k % 5 == 3 ? cow_COW<rom_TestNode>() : anyNode());
+      set->masks.push_back(static_cast<unsigned int>(random()) * 2654435761u);
+      set->weights.push_back(coordinate(random));
+      set->scales.push_back(static_cast<float>(coordinate(random)));
+      set->flags.push_back(random() % 2 == 0);
+      set->labels.push_back(cow_String(k % 4 == 0 ? "" : ("n" + std::to_string(random() % 1000)).c_str()));
+    }
+    for (int k = 0; k < size * rom_TestNodeSet::kIdColumns; ++k) set->ids.push_back(static_cast<int>(random()) - 99);
+    for (int k = 0; k < size * 37; ++k) set->note.push_back(static_cast<char>(random()));
+    model.sets.emplace_back(set);
+  }
   return model;
 }
 
@@ -208,6 +237,7 @@ void rom_TestModel::Write(rom_Transporter& transporter, Model const& model) {
   for (auto const& node : model.nodes) rom_WriteObject(transporter, node);
   for (auto const& hex : model.hexes) rom_WriteObject(transporter, hex);
   for (auto const& quad : model.quads) rom_WriteObject(transporter, quad);
+  for (auto const& set : model.sets) rom_WriteObject(transporter, set);
 }
 
 rom_TestModel::Model rom_TestModel::Read(rom_Transporter& transporter) {
@@ -218,6 +248,8 @@ rom_TestModel::Model rom_TestModel::Read(rom_Transporter& transporter) {
   for (int oid = 0; oid < hexes; ++oid) model.hexes.push_back(rom_ReadObject<rom_TestHex8>(transporter, oid));
   int const quads = transporter.GetTableSize(kQuad4);
   for (int oid = 0; oid < quads; ++oid) model.quads.push_back(rom_ReadObject<rom_TestQuad4>(transporter, oid));
+  int const sets = transporter.GetTableSize(kNodeSet);
+  for (int oid = 0; oid < sets; ++oid) model.sets.push_back(rom_ReadObject<rom_TestNodeSet>(transporter, oid));
   return model;
 }
 
@@ -254,6 +286,26 @@ std::string ElementDifference(Element const& e, Element const& a) {
   return difference;
 }
 
+std::string SetDifference(cow_COW<rom_TestNodeSet> const& expected, cow_COW<rom_TestNodeSet> const& actual) {
+  rom_TestNodeSet const& e = *expected.ConstGet();
+  rom_TestNodeSet const& a = *actual.ConstGet();
+  std::string const set = std::string("set ") + e.name.CStr() + ": ";
+  if (!(e.name == a.name)) return set + "name differs";
+  if (e.nodes.size() != a.nodes.size()) return set + "node count differs";
+  for (std::size_t k = 0; k < e.nodes.size(); ++k) {
+    std::string const difference = NodeDifference(e.nodes[k], a.nodes[k]);
+    if (!difference.empty()) return set + difference;
+  }
+  if (e.ids != a.ids) return set + "ids differ";
+  if (e.masks != a.masks) return set + "masks differ";
+  if (e.weights != a.weights) return set + "weights differ";
+  if (e.scales != a.scales) return set + "scales differ";
+  if (e.flags != a.flags) return set + "flags differ";
+  if (e.labels != a.labels) return set + "labels differ";
+  if (e.note != a.note) return set + "note differs";
+  return std::string();
+}
+
 template <class T, class Compare>
 std::string ListDifference(char const* what, std::vector<cow_COW<T>> const& expected,
                            std::vector<cow_COW<T>> const& actual, Compare compare) {
@@ -283,5 +335,6 @@ std::string rom_TestModel::Difference(Model const& expected, Model const& actual
           if (d.empty()) d = NodeDifference(e.ConstGet()->m_Reference, a.ConstGet()->m_Reference);
           return d;
         });
+  if (difference.empty()) difference = ListDifference("set", expected.sets, actual.sets, SetDifference);
   return difference;
 }

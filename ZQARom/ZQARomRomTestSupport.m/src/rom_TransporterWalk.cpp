@@ -159,6 +159,8 @@ void rom_TransporterWalk::Objects(rom_Transporter& transporter, unsigned int cid
       return ObjectsOf<rom_TestHex8>(transporter, &rom_TransporterWalk::Describe);
     case rom_TestModel::kQuad4:
       return ObjectsOf<rom_TestQuad4>(transporter, &rom_TransporterWalk::Describe);
+    case rom_TestModel::kNodeSet:
+      return ObjectsOf<rom_TestNodeSet>(transporter, &rom_TransporterWalk::Describe);
     default:
       // Element is built only as the base part of the others.
       return;
@@ -209,4 +211,29 @@ std::string rom_TransporterWalk::Describe(rom_TestQuad4 const& quad) const {
   std::string text = DescribeElement(quad) + " thickness=" + Bits(quad.m_Thickness) + " nodes=";
   for (auto const& node : quad.m_Nodes) text += " " + Row(node.ConstGet());
   return text + " reference=" + Row(quad.m_Reference.ConstGet());
+}
+
+std::string rom_TransporterWalk::Describe(rom_TestNodeSet const& set) const {
+  std::string text = "name=" + rfm_DatabaseWalk::Quoted(set.name) + " nodes=";
+  for (auto const& node : set.nodes) text += " " + Row(node.ConstGet());
+  text += " ids=";
+  for (int id : set.ids) text += " " + std::to_string(id);
+  text += " masks=";
+  for (unsigned int mask : set.masks) text += " " + std::to_string(mask);
+  text += " weights=";
+  for (double weight : set.weights) text += " " + Bits(weight);
+  text += " scales=";
+  for (float scale : set.scales) text += " " + Bits(scale);
+  text += " flags=";
+  for (bool flag : set.flags) text += flag ? "1" : "0";
+  text += " labels=";
+  for (cow_String const& label : set.labels) text += " " + rfm_DatabaseWalk::Quoted(label);
+  text += " note=";
+  char const digits[] = "0123456789abcdef";
+  for (char byte : set.note) {
+    unsigned char const bits = static_cast<unsigned char>(byte);
+    text += digits[bits >> 4];
+    text += digits[bits & 15];
+  }
+  return text;
 }
