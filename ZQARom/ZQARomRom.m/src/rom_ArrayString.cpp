@@ -36,7 +36,10 @@ int rom_ArrayString::Read(cow_String* values, int count) const {
 
 int rom_ArrayString::Write(cow_String const* values, int count) const {
   if (!IsTable()) return m_Array.Write(values, count);
-  for (int i = 0; i < count; ++i) m_Table.UpdateRow(-1).WriteFieldString(kDataColumn, values[i]);
+  // Rows by number: a new row at the end does not move the table's cursor.
+  int const first = m_Table.Location();
+  for (int i = 0; i < count; ++i) m_Table.UpdateRow(first + i).WriteFieldString(kDataColumn, values[i]);
+  m_Table.Seek(first + count);
   return count;
 }
 

@@ -18,6 +18,8 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <functional>
+#include <string>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -288,5 +290,127 @@ TEST(Lists, ObjectAgentFlagsFollowTheirRules) {
   EXPECT_EQ(agent->Get(1, Item::kClassId).As<Item>().ConstGet()->id, 40);
   agent->Release();
   EXPECT_FALSE(t.CowBarn().IsPresent(value));
+}
+}  // namespace
+
+namespace {
+// The "##InternalList" row oid's columns, written straight.
+rfm_Row ListClassRow(rom_Transporter& t, int oid) {
+  return t.GetClassBagForWrite(kRomInternalListClass).Table().UpdateRow(oid);
+}
+
+std::string MessageOf(std::function<void()> const& action) {
+  try {
+    action();
+  } catch (std::exception const& e) {
+    return e.what();
+  }
+  return "no error";
+}
+
+TEST(Lists, OldStringTablesAndRowsWithoutAColumnCountStillRead) {
+  zqa_TestDir dir;
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  rom_Transporter t(registrar, Create(dir.File("old.mdl")), "MDL", "old", 0, -1);
+  int oid = 0;
+  {
+    ListRow list(t);
+    oid = list.memento.Oid();
+    rfm_Table const strings = t.Database().Table(cow_String(kRomStringArrayTableName), 8, -1);
+    strings.NewRow().WriteFieldString(rfm_FieldHandle(0), "old");
+    strings.NewRow().WriteFieldString(rfm_FieldHandle(0), "form");
+    ListClassRow(t, oid).WriteFieldHandle(rfm_FieldHandle(kRomTargetHandleColumn), strings.Handle());
+  }
+  rom_MementoRead row(t, kRomInternalListClass, oid, cls_Uid());
+  cls_Received<cls_ReadListPrim<cow_String>> reader(row.MakeReadListPrim(cow_String()));
+  ASSERT_EQ(reader->Size(), 2);
+  EXPECT_EQ(reader->Columns(), 1);
+  cow_String values[3];
+  EXPECT_EQ(reader->Read(values, 3), 2);
+  EXPECT_EQ(values[0], cow_String("old"));
+  EXPECT_EQ(values[1], cow_String("form"));
+  {
+    std::unique_ptr<cls_AgentListPrim<cow_String>> agent(row.MakeAgentListString());
+    EXPECT_EQ(agent->Columns(), 1);
+    cow_String const more[] = {cow_String("rows"), cow_String("too")};
+    agent->Store(2, 2, more);
+    cow_String const replaced = cow_String("new");
+    agent->Store(0, 1, &replaced);
+    cow_String all[5];
+    EXPECT_EQ(agent->Fetch(0, 5, all), 4);
+    EXPECT_EQ(all[0], cow_String("new"));
+    EXPECT_EQ(all[1], cow_String("form"));
+    EXPECT_EQ(all[3], cow_String("too"));
+  }
+  // A writer empties the table and writes through its rows.
+  {
+    rom_MementoWrite rewrite(t, kRomInternalListClass, oid, cls_MementoWrite::kOwnedByCreator);
+    cls_Received<cls_WriteListPrim<cow_String>> writer(rewrite.MakeWriteListPrim(cow_String(), 1));
+    writer->Write(cow_String("only"));
+  }
+  cls_Received<cls_ReadListPrim<cow_String>> again(row.MakeReadListPrim(cow_String()));
+  ASSERT_EQ(again->Size(), 1);
+  again->Next();
+  EXPECT_EQ(again->Read(), cow_String("only"));
+}
+
+TEST(Lists, DamagedListsEndInTheLibrarysErrors) {
+  zqa_TestDir dir;
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  int files = 0;
+  // A fresh file holding an owner, damaged by damage in the list the owner's
+  // member refers to, then read: answers the error's message.
+  auto const readDamaged = [&](char const* member, std::function<void(rom_Transporter&, int listRow)> const& damage) {
+    cow_String const path = dir.File(("damaged" + std::to_string(files++) + ".mdl").c_str());
+    rom_CidOid row;
+    {
+      rom_Transporter t(registrar, Create(path), "MDL", "damaged", 0, -1);
+      row = rom_WriteObject(t, MakeOwner(MakeItem(1)));
+      rfm_Row const owner = t.GetClassBagForWrite(Owner::kClassId).Table().ReadRow(row.m_Oid);
+      damage(t, owner.ReadFieldInt(rfm_FieldHandle((std::string(member) + kRomOidSuffix).c_str(), -1)));
+      t.Flush();
+    }
+    rom_Transporter t(registrar, ReadOnly(path), "MDL", -1);
+    std::string const message = MessageOf([&] { rom_ReadObject<Owner>(t, row); });
+    return message + "\n" + path.CStr();
+  };
+  auto const names = [](std::string const& message, char const* text) {
+    std::string const path = message.substr(message.rfind('\n') + 1);
+    return message.find(text) != std::string::npos && message.find(path) < message.rfind('\n');
+  };
+  // A handle that names no array.
+  std::string message = readDamaged("Doubles", [](rom_Transporter& t, int list) {
+    ListClassRow(t, list).WriteFieldHandle(rfm_FieldHandle(kRomTargetHandleColumn), rfm_Handle::Make(0, 300));
+  });
+  EXPECT_EQ(message.find("no error"), std::string::npos) << message;
+  // A handle that names another list's store, of another element type.
+  message = readDamaged("Doubles", [](rom_Transporter& t, int list) {
+    rfm_Handle const ints = ListClassRow(t, list - 2).ReadFieldHandle(rfm_FieldHandle(kRomTargetHandleColumn));
+    ListClassRow(t, list).WriteFieldHandle(rfm_FieldHandle(kRomTargetHandleColumn), ints);
+  });
+  EXPECT_EQ(message.find("no error"), std::string::npos) << message;
+  // A column count of 0.
+  message = readDamaged("Ints", [](rom_Transporter& t, int list) {
+    ListClassRow(t, list).WriteFieldInt(rfm_FieldHandle(kRomTargetColumnsColumn), 0);
+  });
+  EXPECT_TRUE(names(message, "has 0 columns; a list has at least one.")) << message;
+  // An element beyond its class's table.
+  message = readDamaged("Items", [](rom_Transporter& t, int list) {
+    rfm_Handle const elements = ListClassRow(t, list).ReadFieldHandle(rfm_FieldHandle(kRomTargetHandleColumn));
+    t.Database().Table(elements, 8, -1).UpdateRow(2).WriteFieldInt(rfm_FieldHandle(0), 2);
+  });
+  EXPECT_NE(message.find("Object is not available in DB file: Item[2]"), std::string::npos) << message;
+  // A list member that refers to the blob's row.
+  message = readDamaged("Floats", [](rom_Transporter& t, int list) {
+    (void)list;
+    rfm_Row const owner = t.GetClassBagForWrite(Owner::kClassId).Table().UpdateRow(0);
+    owner.WriteFieldInt(rfm_FieldHandle("Floats#ClassID", -1), static_cast<int>(kRomInternalBlobClass));
+  });
+  EXPECT_TRUE(names(message, "Member Floats of Owner[0] in ")) << message;
+  EXPECT_NE(message.find("refers to ##InternalBlob[3], not to a collection of class ##InternalList."),
+            std::string::npos)
+      << message;
 }
 }  // namespace
