@@ -2,14 +2,15 @@
 # The demo: writes a small results file through the record store, then
 # looks at it with zdb: what the file is, its tables, a few rows, a check.
 # Then a model file written as objects by one process and read back by
-# another, its catalogue of classes, and a few of its objects.
+# another, its catalogue of classes, and a table whose rows refer to lists;
+# and a reader process following what a writer appends to a list.
 # The files stay in BUILD/demo/ for more looks.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
 zdb=$build/tools/zdb/zdb
 mkdir -p "$build/demo"
 cd "$build/demo"
-rm -f beam.zdb beam.mdb
+rm -f beam.zdb beam.mdb run.mdb
 
 show() {
   echo
@@ -26,6 +27,7 @@ show check beam.zdb
 echo
 "$build/examples/model_file" write beam.mdb
 "$build/examples/model_file" read beam.mdb
+"$build/examples/model_file" follow run.mdb
 show classes beam.mdb
-show dump beam.mdb --table Quad4 --rows 6:8
+show dump beam.mdb --table Step
 show check beam.mdb

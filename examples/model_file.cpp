@@ -1,34 +1,38 @@
 // The model file of a preprocessor, written by one process and read by
 // another, as the preprocessor and the viewer do.
 //
-//   model_file write FILE   builds a cantilever beam (materials, nodes, solid
-//                           and shell elements) and writes it as objects
-//   model_file read FILE    opens the file read-only, reads the whole model
-//                           back and compares it with the one it would build
+//   model_file write FILE    builds a cantilever beam (beam_model.h) and
+//                            writes it as objects under one root
+//   model_file read FILE     opens the file read-only, reads the whole model
+//                            back and compares it with the one it would
+//                            build; exits with 1 on any difference
+//   model_file follow FILE   writes the beam, then a solver process appends
+//                            the increments of the last step to the step's
+//                            history while a viewer process beside it
+//                            follows, each after every flush
 //
-// Each class is made persistent in one of the two ways an application has:
-// Material declares its members once through the typed helper; Node and the
-// elements write themselves (DBWrite) and read themselves (a constructor
-// taking a cls_ReadVisitor). Materials are shared by many elements and nodes:
-// the file holds each once, and reading gives one object per material.
+// Materials and nodes are shared by many elements and node sets: the file
+// holds each once, and reading gives one object per material and node.
 
 #include "ZQARomCore.h"
-#include "cls_ClassRegistrar.h"
-#include "cls_CowDtor.h"
-#include "cls_Persistent.h"
-#include "cls_ReadVisitor.h"
-#include "cls_WriteVisitor.h"
+#include "beam_model.h"
+#include "cls_CollectionClass.h"
 #include "rfm_File.h"
 #include "rom_Objects.h"
 #include "rom_PtrBarn.h"
 #include "rom_Transporter.h"
 #include "rom_WriteRecord.h"
 
-#include <array>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <exception>
+#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -38,350 +42,289 @@ namespace {
 
 char const kMagic[] = "MDL";
 
-struct Material {
-  static constexpr unsigned int kClassId = 0x01000001;
-  cls_Uid uid;
-  cow_String name;
-  double young = 0;
-  double poisson = 0;
-};
-
-namespace NodeField {
-cls_FieldHandle const Id(1, "Id");
-cls_FieldHandle const X(2, "X");
-cls_FieldHandle const Y(3, "Y");
-cls_FieldHandle const Z(4, "Z");
-}  // namespace NodeField
-
-class Node {
-public:
-  static constexpr unsigned int kClassId = 0x01000002;
-  Node(int id, double x, double y, double z) : m_Id(id), m_X(x), m_Y(y), m_Z(z) {}
-  explicit Node(cls_ReadVisitor const& visitor)
-      : m_Uid(visitor.GetUid()),
-        m_Id(visitor.Read(NodeField::Id, int())),
-        m_X(visitor.Read(NodeField::X, double())),
-        m_Y(visitor.Read(NodeField::Y, double())),
-        m_Z(visitor.Read(NodeField::Z, double())) {}
-  void DBWrite(cls_WriteVisitor const& visitor) const {
-    if (!visitor.StartWrite(kClassId, m_Uid)) return;
-    visitor.Write(NodeField::Id, m_Id);
-    visitor.Write(NodeField::X, m_X);
-    visitor.Write(NodeField::Y, m_Y);
-    visitor.Write(NodeField::Z, m_Z);
-  }
-  bool operator==(Node const& o) const { return m_Id == o.m_Id && m_X == o.m_X && m_Y == o.m_Y && m_Z == o.m_Z; }
-  cls_Uid const& Uid() const { return m_Uid; }
-  int Id() const { return m_Id; }
-
-private:
-  cls_Uid m_Uid;
-  int m_Id;
-  double m_X, m_Y, m_Z;
-};
-
-// How an element behaves; stored as its text, so that the file reads the
-// same whatever the enumeration's numbers become.
-enum class Formulation { kFullIntegration, kReducedIntegration };
-char const* const kFormulationText[] = {"full", "reduced"};
-
-namespace ElementField {
-cls_FieldHandle const Id(1, "Id");
-cls_FieldHandle const Material(2, "Material");
-cls_FieldHandle const Formulation(3, "Formulation");
-cls_FieldHandle const Offset(4, "Offset");
-}  // namespace ElementField
-
-cls_FieldHandle CornerField(int corner) {
-  static char const* const names[] = {"N1", "N2", "N3", "N4", "N5", "N6", "N7", "N8"};
-  return cls_FieldHandle(10 + corner, names[corner]);
-}
-
-// The part every element has: a table of its own, never built alone.
-class Element {
-public:
-  static constexpr unsigned int kClassId = 0x01000003;
-  int Id() const { return m_Id; }
-  cow_COW<Material> const& GetMaterial() const { return m_Material; }
-
-protected:
-  Element(int id, cow_COW<::Material> const& material, Formulation formulation)
-      : m_Id(id), m_Material(material), m_Formulation(formulation) {}
-  explicit Element(cls_ReadVisitor const& base)
-      : m_Uid(base.GetUid()),
-        m_Id(base.Read(ElementField::Id, int())),
-        m_Material(base.ReadObjCow<::Material>(ElementField::Material)),
-        m_Formulation(ParseFormulation(base.Read(ElementField::Formulation, cow_String()))) {}
-  void DBWriteBase(cls_WriteVisitor const& visitor) const {
-    if (!visitor.StartWrite(kClassId, m_Uid)) return;
-    visitor.Write(ElementField::Id, m_Id);
-    visitor.WriteObj(ElementField::Material, m_Material);
-    visitor.Write(ElementField::Formulation, cow_String(kFormulationText[static_cast<int>(m_Formulation)]));
-  }
-  bool SameBase(Element const& o) const {
-    return m_Id == o.m_Id && m_Formulation == o.m_Formulation &&
-           m_Material.ConstGet()->name == o.m_Material.ConstGet()->name;
-  }
-
-private:
-  static Formulation ParseFormulation(cow_String const& text) {
-    for (int i = 0; i < 2; ++i)
-      if (std::strcmp(text.CStr(), kFormulationText[i]) == 0) return static_cast<Formulation>(i);
-    throw std::runtime_error(std::string("unknown formulation \"") + text.CStr() + "\"");
-  }
-
-  cls_Uid m_Uid;
-  int m_Id;
-  cow_COW<::Material> m_Material;
-  Formulation m_Formulation;
-};
-
-template <int N>
-class Solid : public Element {
-public:
-  Solid(int id, cow_COW<Material> const& material, std::array<cow_COW<Node>, N> const& nodes)
-      : Element(id, material, Formulation::kFullIntegration), m_Nodes(nodes) {}
-  explicit Solid(cls_ReadVisitor const& visitor) : Element(cls_ReadVisitor::Base(visitor)), m_Uid(visitor.GetUid()) {
-    for (int corner = 0; corner < N; ++corner) m_Nodes[corner] = visitor.ReadObjCow<Node>(CornerField(corner));
-  }
-  void DBWriteNodes(cls_WriteVisitor const& visitor) const {
-    DBWriteBase(cls_WriteVisitor(visitor, Element::kClassId));
-    for (int corner = 0; corner < N; ++corner) visitor.WriteObj(CornerField(corner), m_Nodes[corner]);
-  }
-  bool SameAs(Solid const& o) const {
-    if (!SameBase(o)) return false;
-    for (int corner = 0; corner < N; ++corner)
-      if (!(*m_Nodes[corner].ConstGet() == *o.m_Nodes[corner].ConstGet())) return false;
-    return true;
-  }
-  std::array<cow_COW<Node>, N> const& Nodes() const { return m_Nodes; }
-
-protected:
-  cls_Uid m_Uid;
-  std::array<cow_COW<Node>, N> m_Nodes;
-};
-
-class Hex8 : public Solid<8> {
-public:
-  static constexpr unsigned int kClassId = 0x01000004;
-  using Solid<8>::Solid;
-  void DBWrite(cls_WriteVisitor const& visitor) const {
-    if (visitor.StartWrite(kClassId, m_Uid)) DBWriteNodes(visitor);
-  }
-};
-
-// A shell on the beam's top face; the node it is offset to is usually none.
-class Quad4 : public Solid<4> {
-public:
-  static constexpr unsigned int kClassId = 0x01000005;
-  Quad4(int id, cow_COW<Material> const& material, std::array<cow_COW<Node>, 4> const& nodes,
-        cow_COW<Node> const& offset)
-      : Solid<4>(id, material, nodes), m_Offset(offset) {}
-  explicit Quad4(cls_ReadVisitor const& visitor)
-      : Solid<4>(visitor), m_Offset(visitor.ReadObjCow<Node>(ElementField::Offset)) {}
-  void DBWrite(cls_WriteVisitor const& visitor) const {
-    if (!visitor.StartWrite(kClassId, m_Uid)) return;
-    DBWriteNodes(visitor);
-    visitor.WriteObj(ElementField::Offset, m_Offset);
-  }
-  bool SameAs(Quad4 const& o) const {
-    return Solid<4>::SameAs(o) && m_Offset.HasValue() == o.m_Offset.HasValue() &&
-           (!m_Offset.HasValue() || *m_Offset.ConstGet() == *o.m_Offset.ConstGet());
-  }
-
-private:
-  cow_COW<Node> m_Offset;
-};
-
-void RegisterModel(cls_ClassRegistrar& registrar) {
-  cls_Persistent<Material>("Material", Material::kClassId, 1)
-      .Identity(&Material::uid)
-      .Member(1, "Name", &Material::name)
-      .Member(2, "Young", &Material::young)
-      .Member(3, "Poisson", &Material::poisson)
-      .Register(registrar);
-  registrar.Register<Node>("Node", Node::kClassId, 1, cls_kNoClass)
-      .AddAttribute(NodeField::Id, cls_AttrInt)
-      .AddAttribute(NodeField::X, cls_AttrDouble)
-      .AddAttribute(NodeField::Y, cls_AttrDouble)
-      .AddAttribute(NodeField::Z, cls_AttrDouble)
-      .AddDtor(&cls_CowDtor<Node>);
-  registrar.CreateClassMD("Element", Element::kClassId, 1, nullptr, cls_kNoClass)
-      .AddAttribute(ElementField::Id, cls_AttrInt)
-      .AddAttribute(ElementField::Material, cls_AttrObjectCow, Material::kClassId)
-      .AddAttribute(ElementField::Formulation, cls_AttrEnum);
-  cls_ClassMetadata& hex = registrar.Register<Hex8>("Hex8", Hex8::kClassId, 1, Element::kClassId);
-  for (int corner = 0; corner < 8; ++corner) hex.AddAttribute(CornerField(corner), cls_AttrObjectCow, Node::kClassId);
-  hex.AddDtor(&cls_CowDtor<Hex8>);
-  cls_ClassMetadata& quad = registrar.Register<Quad4>("Quad4", Quad4::kClassId, 1, Element::kClassId);
-  for (int corner = 0; corner < 4; ++corner) quad.AddAttribute(CornerField(corner), cls_AttrObjectCow, Node::kClassId);
-  quad.AddAttribute(ElementField::Offset, cls_AttrObjectCow, Node::kClassId).AddDtor(&cls_CowDtor<Quad4>);
-}
-
-// A cantilever of kLength hex elements, 1 x 1 in section, with a shell on
-// each top face.
-constexpr int kLength = 8;
-
-struct Model {
-  std::vector<cow_COW<Material>> materials;
-  std::vector<cow_COW<Node>> nodes;
-  std::vector<cow_COW<Hex8>> solids;
-  std::vector<cow_COW<Quad4>> shells;
-};
-
-cow_COW<Material> MakeMaterial(char const* name, double young, double poisson) {
-  auto* material = new Material;
-  material->name = name;
-  material->young = young;
-  material->poisson = poisson;
-  return cow_COW<Material>(material);
-}
-
-Model BuildBeam() {
-  Model model;
-  model.materials = {MakeMaterial("Steel", 210e9, 0.3), MakeMaterial("Aluminium", 70e9, 0.33)};
-  // Nodes by station along the beam, then the four corners of the section.
-  for (int station = 0; station <= kLength; ++station)
-    for (int corner = 0; corner < 4; ++corner)
-      model.nodes.emplace_back(new Node(4 * station + corner + 1, station, corner % 2, corner / 2));
-  auto const node = [&](int station, int corner) { return model.nodes[static_cast<std::size_t>(4 * station + corner)]; };
-  for (int e = 0; e < kLength; ++e) {
-    std::array<cow_COW<Node>, 8> const corners = {node(e, 0),     node(e, 1),     node(e, 3),     node(e, 2),
-                                                  node(e + 1, 0), node(e + 1, 1), node(e + 1, 3), node(e + 1, 2)};
-    model.solids.emplace_back(new Hex8(e + 1, model.materials[0], corners));
-    std::array<cow_COW<Node>, 4> const top = {node(e, 2), node(e, 3), node(e + 1, 3), node(e + 1, 2)};
-    // Only the tip's shell is offset, to the tip's first node.
-    cow_COW<Node> const offset = e == kLength - 1 ? node(kLength, 0) : cow_COW<Node>();
-    model.shells.emplace_back(new Quad4(kLength + e + 1, model.materials[1], top, offset));
-  }
-  return model;
-}
-
-rom_CidOid WriteModel(rom_Transporter& model, Model const& beam) {
-  rom_CidOid last;
-  for (auto const& solid : beam.solids) last = rom_WriteObject(model, solid);
-  for (auto const& shell : beam.shells) last = rom_WriteObject(model, shell);
-  return last;
-}
-
-int Rows(rom_Transporter& model) {
+// The rows of every class the model uses, lists and blobs included.
+int Rows(rom_Transporter& file) {
   int rows = 0;
-  for (unsigned int cid : {Material::kClassId, Node::kClassId, Element::kClassId, Hex8::kClassId, Quad4::kClassId})
-    rows += model.GetTableSize(cid);
+  for (unsigned int cid : {Material::kClassId, Node::kClassId, Element::kClassId, Hex8::kClassId, Quad4::kClassId,
+                           NodeSet::kClassId, Step::kClassId, Model::kClassId, cls_kListClass, cls_kBlobClass})
+    rows += file.GetTableSize(cid);
   return rows;
 }
 
 void Write(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
-  Model const beam = BuildBeam();
-  rom_Transporter model(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kMagic,
-                        "Model of a cantilever beam", static_cast<long>(std::time(nullptr)), -1);
-  WriteModel(model, beam);
-  model.Flush();
-  int const rows = Rows(model);
-  std::printf("wrote %s: %d materials, %d nodes, %d elements (%zu Hex8, %zu Quad4), %d rows\n", path,
-              model.GetTableSize(Material::kClassId), model.GetTableSize(Node::kClassId),
-              model.GetTableSize(Element::kClassId), beam.solids.size(), beam.shells.size(), rows);
+  cow_COW<Model> const beam = BuildBeam();
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kMagic,
+                       "Model of a cantilever beam", static_cast<long>(std::time(nullptr)), -1);
+  // The root, and with it everything it refers to.
+  rom_WriteObject(file, beam);
+  file.Flush();
+  Model const& model = *beam.ConstGet();
+  std::printf(
+      "wrote %s: %zu materials, %zu nodes, %zu Hex8, %zu Quad4, %zu node sets, %zu steps, a deck of %zu "
+      "bytes; %d rows, %d of them lists\n",
+      path, model.materials.size(), model.nodes.size(), model.solids.size(), model.shells.size(), model.sets.size(),
+      model.steps.size(), model.deck.size(), Rows(file), file.GetTableSize(cls_kListClass));
 
   // The same objects again: each is known, and stored already.
-  WriteModel(model, beam);
-  std::printf("wrote the unchanged model again: %d rows added\n", Rows(model) - rows);
+  int const rows = Rows(file);
+  rom_WriteObject(file, beam);
+  std::printf("wrote the unchanged model again: %d rows added\n", Rows(file) - rows);
 
   // Within one write record an identity stands for one object: of two
   // changed copies of the tip node, the first is written over the node's
   // row, the second becomes a new object.
-  cow_COW<Node> const& tip = beam.nodes.back();
+  cow_COW<Node> const& tip = beam.ConstGet()->nodes.back();
   cow_COW<Node> first = tip, second = tip;
   first.Get();  // private copies, with the tip's identity
   second.Get();
   {
-    rom_WriteRecord const record(&model);
-    rom_CidOid const firstRow = rom_WriteObject(model, first);
-    rom_CidOid const secondRow = rom_WriteObject(model, second);
+    rom_WriteRecord const record(&file);
+    rom_CidOid const firstRow = rom_WriteObject(file, first);
+    rom_CidOid const secondRow = rom_WriteObject(file, second);
     std::printf("in one write record, two copies of one node went to rows %d and %d, the second with %s identity\n",
-                firstRow.m_Oid, secondRow.m_Oid, second.ConstGet()->Uid() == tip.ConstGet()->Uid() ? "the same" : "a new");
+                firstRow.m_Oid, secondRow.m_Oid,
+                second.ConstGet()->Uid() == tip.ConstGet()->Uid() ? "the same" : "a new");
   }
 
   // An identity belongs to one class.
-  cow_COW<Material> impostor = MakeMaterial("Impostor", 1, 0);
+  cow_COW<Material> impostor(new Material);
   impostor.Get()->uid = tip.ConstGet()->Uid();
   try {
-    rom_WriteObject(model, impostor);
+    rom_WriteObject(file, impostor);
     std::printf("an identity changed its class\n");
   } catch (std::exception const& e) {
     std::printf("refused: %s\n", e.what());
   }
-  model.Flush();
+  file.Flush();
 }
 
-template <class T>
-std::vector<cow_COW<T>> ReadAll(rom_Transporter& model) {
-  std::vector<cow_COW<T>> objects;
-  int const rows = model.GetTableSize(T::kClassId);
-  for (int oid = 0; oid < rows; ++oid) objects.push_back(rom_ReadObject<T>(model, oid));
-  return objects;
+// The distinct objects that the model's references reach, by class.
+struct SharedObjects {
+  std::set<Material const*> materials;
+  std::set<Node const*> nodes;
+};
+
+SharedObjects Reached(Model const& model) {
+  SharedObjects reached;
+  for (auto const& material : model.materials) reached.materials.insert(material.ConstGet());
+  for (auto const& solid : model.solids) reached.materials.insert(solid.ConstGet()->GetMaterial().ConstGet());
+  for (auto const& node : model.nodes) reached.nodes.insert(node.ConstGet());
+  for (auto const& shell : model.shells) {
+    reached.materials.insert(shell.ConstGet()->GetMaterial().ConstGet());
+    if (shell.ConstGet()->Offset().HasValue()) reached.nodes.insert(shell.ConstGet()->Offset().ConstGet());
+  }
+  for (auto const& set : model.sets)
+    for (auto const& node : set.ConstGet()->nodes)
+      if (node.HasValue()) reached.nodes.insert(node.ConstGet());
+  return reached;
 }
 
 int Read(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
-  Model const beam = BuildBeam();
-  rom_Transporter model(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
-  std::vector<cow_COW<Hex8>> const solids = ReadAll<Hex8>(model);
-  std::vector<cow_COW<Quad4>> const shells = ReadAll<Quad4>(model);
-  bool equal = solids.size() == beam.solids.size() && shells.size() == beam.shells.size();
-  for (std::size_t i = 0; equal && i < solids.size(); ++i) equal = solids[i].ConstGet()->SameAs(*beam.solids[i].ConstGet());
-  for (std::size_t i = 0; equal && i < shells.size(); ++i) equal = shells[i].ConstGet()->SameAs(*beam.shells[i].ConstGet());
-  std::set<Material const*> materials;
-  std::set<Node const*> nodes;
-  for (auto const& solid : solids) {
-    materials.insert(solid.ConstGet()->GetMaterial().ConstGet());
-    for (auto const& node : solid.ConstGet()->Nodes()) nodes.insert(node.ConstGet());
+  cow_COW<Model> const beam = BuildBeam();
+  Model const& expected = *beam.ConstGet();
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
+  if (file.GetTableSize(Model::kClassId) != 1) {
+    std::fprintf(stderr, "%s: holds %d models, not one\n", path, file.GetTableSize(Model::kClassId));
+    return 1;
   }
-  for (auto const& shell : shells) {
-    materials.insert(shell.ConstGet()->GetMaterial().ConstGet());
-    for (auto const& node : shell.ConstGet()->Nodes()) nodes.insert(node.ConstGet());
+  // The root, and with it everything it refers to.
+  cow_COW<Model> const read = rom_ReadObject<Model>(file, 0);
+  std::string const difference = FirstDifference(expected, *read.ConstGet());
+  if (!difference.empty()) {
+    std::fprintf(stderr, "%s: the model read differs from the one written: %s\n", path, difference.c_str());
+    return 1;
   }
-  std::printf("read %s: %zu Hex8 and %zu Quad4 %s the model written; %zu Material objects and %zu Node objects in "
-              "memory\n",
-              path, solids.size(), shells.size(), equal ? "equal" : "DIFFERENT FROM", materials.size(), nodes.size());
+  SharedObjects const reached = Reached(*read.ConstGet());
+  std::printf("read %s: the model equals the one written; %zu Material objects and %zu Node objects in memory\n", path,
+              reached.materials.size(), reached.nodes.size());
+  if (reached.materials.size() != expected.materials.size() || reached.nodes.size() != expected.nodes.size()) {
+    std::fprintf(stderr, "%s: a shared object was read as more than one\n", path);
+    return 1;
+  }
 
   // Objects held by plain pointer: within a pointer barn, a row read twice
   // is one object; without one, each read builds another.
-  int const nodeRows = model.GetTableSize(Node::kClassId);
+  int const nodeRows = file.GetTableSize(Node::kClassId);
   std::set<void const*> addresses;
   std::vector<Node*> built;
   {
-    rom_PtrBarn const barn(model);
+    rom_PtrBarn const barn(file);
     for (int round = 0; round < 2; ++round)
       for (int oid = 0; oid < nodeRows; ++oid) {
-        void* node = model.CheckReadObjPtr(oid, Node::kClassId, Node::kClassId);
+        void* node = file.CheckReadObjPtr(oid, Node::kClassId, Node::kClassId);
         if (addresses.insert(node).second) built.push_back(static_cast<Node*>(node));
       }
   }
   std::printf("read %d node rows twice by pointer in one barn: %zu addresses\n", nodeRows, addresses.size());
   for (Node* node : built) delete node;
-  return equal && materials.size() == beam.materials.size() ? 0 : 1;
+  return addresses.size() == static_cast<std::size_t>(nodeRows) ? 0 : 1;
+}
+
+// One direction of a pipe between the solver and the viewer: one process
+// sends a byte when it has done a step, the other waits for it. Each
+// process closes the end it does not use, so that a wait ends when the
+// other process has.
+class Signal {
+public:
+  Signal() {
+    if (pipe(m_Ends) != 0) throw std::runtime_error("cannot make a pipe");
+  }
+  Signal(Signal const&) = delete;
+  Signal& operator=(Signal const&) = delete;
+  ~Signal() { Close(); }
+  void KeepSendingEnd() { CloseEnd(0); }
+  void KeepWaitingEnd() { CloseEnd(1); }
+  void Close() {
+    CloseEnd(0);
+    CloseEnd(1);
+  }
+  void Send() const {
+    char const byte = 1;
+    if (write(m_Ends[1], &byte, 1) != 1) throw std::runtime_error("the other process is gone");
+  }
+  void Wait() const {
+    char byte = 0;
+    if (read(m_Ends[0], &byte, 1) != 1) throw std::runtime_error("the other process is gone");
+  }
+
+private:
+  void CloseEnd(int end) {
+    if (m_Ends[end] >= 0) close(m_Ends[end]);
+    m_Ends[end] = -1;
+  }
+  int m_Ends[2];
+};
+
+// The increments the solver does, and what each ends with.
+constexpr int kIncrements = 4;
+double IncrementTime(int increment) { return static_cast<double>(increment) / kIncrements; }
+double TipDeflection(int increment) { return -0.0021 * increment; }
+
+// The writer: the beam, then one increment of the last step per flush. The
+// step's row is the one its value is stored in; writing the value again
+// only answers it.
+void Solve(char const* path, Signal const& flushed, Signal const& seen) {
+  cls_ClassRegistrar registrar;
+  RegisterModel(registrar);
+  cow_COW<Model> const beam = BuildBeam();
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kMagic,
+                       "Model of a cantilever beam, solving", static_cast<long>(std::time(nullptr)), -1);
+  rom_WriteObject(file, beam);
+  int const stepRow = rom_WriteObject(file, beam.ConstGet()->steps.back()).m_Oid;
+  std::unique_ptr<cls_AgentListPrim<double>> history = OpenHistoryToAppend(file, stepRow);
+  history->Flush();
+  file.Flush();
+  flushed.Send();
+  seen.Wait();
+  for (int increment = 1; increment <= kIncrements; ++increment) {
+    double const values[Step::kHistoryColumns] = {IncrementTime(increment), TipDeflection(increment)};
+    history->Store(history->Size(), Step::kHistoryColumns, values);
+    // The list's own buffers first, then the file's flush, which readers
+    // take in whole.
+    history->Flush();
+    file.Flush();
+    flushed.Send();
+    seen.Wait();
+  }
+}
+
+// The reader beside it: after each of the writer's flushes, the file's Snap
+// takes in the flush and the history's Snap what the list gained.
+int View(char const* path, Signal const& flushed, Signal const& seen) {
+  cls_ClassRegistrar registrar;
+  RegisterModel(registrar);
+  flushed.Wait();
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
+  // The running step is the last one written.
+  std::unique_ptr<cls_AgentListPrim<double>> history = OpenHistoryToFollow(file, file.GetTableSize(Step::kClassId) - 1);
+  std::string seenSizes;
+  for (int increment = 0;; ++increment) {
+    int const expected = increment * Step::kHistoryColumns;
+    if (history->Size() != expected || history->Columns() != Step::kHistoryColumns)
+      throw std::runtime_error("after flush " + std::to_string(increment) + " the viewer sees " +
+                               std::to_string(history->Size()) + " values in rows of " +
+                               std::to_string(history->Columns()) + ", not " + std::to_string(expected) +
+                               " in rows of " + std::to_string(Step::kHistoryColumns));
+    if (increment > 0) {
+      double values[Step::kHistoryColumns] = {};
+      history->Fetch(expected - Step::kHistoryColumns, Step::kHistoryColumns, values);
+      if (values[0] != IncrementTime(increment) || values[1] != TipDeflection(increment))
+        throw std::runtime_error("increment " + std::to_string(increment) + " reads wrong");
+      seenSizes += (increment > 1 ? ", " : "") + std::to_string(increment);
+    }
+    seen.Send();
+    if (increment == kIncrements) break;
+    flushed.Wait();
+    if (file.Snap() == 0) throw std::runtime_error("a flush of the writer went unseen");
+    history->Snap();
+  }
+  std::printf(
+      "followed %s beside its writer: after each flush and Snap the step's history held %s increments; "
+      "the tip went down to %g at t=%g\n",
+      path, seenSizes.c_str(), TipDeflection(kIncrements), IncrementTime(kIncrements));
+  return 0;
+}
+
+int Follow(char const* path) {
+  // A process gone early shows as a failed wait or send, not as a signal.
+  std::signal(SIGPIPE, SIG_IGN);
+  Signal flushed, seen;
+  std::fflush(stdout);
+  pid_t const solver = fork();
+  if (solver < 0) throw std::runtime_error("cannot start the solver process");
+  if (solver == 0) {
+    flushed.KeepSendingEnd();
+    seen.KeepWaitingEnd();
+    int status = 0;
+    try {
+      Solve(path, flushed, seen);
+    } catch (std::exception const& e) {
+      std::fprintf(stderr, "%s: solver: %s\n", path, e.what());
+      status = 1;
+    }
+    std::fflush(nullptr);
+    _exit(status);
+  }
+  flushed.KeepWaitingEnd();
+  seen.KeepSendingEnd();
+  int viewed = 1;
+  try {
+    viewed = View(path, flushed, seen);
+  } catch (std::exception const& e) {
+    std::fprintf(stderr, "%s: viewer: %s\n", path, e.what());
+  }
+  // A solver still waiting for the viewer ends.
+  flushed.Close();
+  seen.Close();
+  int status = 0;
+  if (waitpid(solver, &status, 0) != solver || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return 1;
+  return viewed;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3 || (std::strcmp(argv[1], "write") != 0 && std::strcmp(argv[1], "read") != 0)) {
-    std::fprintf(stderr, "usage: %s write|read MODEL-FILE\n", argv[0]);
+  char const* const command = argc == 3 ? argv[1] : "";
+  if (std::strcmp(command, "write") != 0 && std::strcmp(command, "read") != 0 && std::strcmp(command, "follow") != 0) {
+    std::fprintf(stderr, "usage: %s write|read|follow MODEL-FILE\n", argv[0]);
     return 2;
   }
   int modules = 0;
   ZQARomCore_initialize(modules);
   int status = 0;
   try {
-    if (std::strcmp(argv[1], "write") == 0)
+    if (std::strcmp(command, "write") == 0)
       Write(argv[2]);
-    else
+    else if (std::strcmp(command, "read") == 0)
       status = Read(argv[2]);
+    else
+      status = Follow(argv[2]);
   } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s\n", e.what());
+    std::fprintf(stderr, "%s: %s\n", argv[2], e.what());
     status = 1;
   }
   ZQARomCore_finalize(modules);
