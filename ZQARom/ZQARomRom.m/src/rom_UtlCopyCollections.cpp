@@ -135,7 +135,9 @@ rfm_Handle rom_UtlCopy::CopySpace(int oid, rfm_Handle handle, rom_UtlDatabase co
   rfm_Space const from = source.Database().Space(handle, -1);
   rfm_Space const to = m_Target->Database().Space(-1);
   utl_FileOffset const length = from.Length();
-  to.Extend(length);
+  // Grown to its length at once, not chunk by chunk; the record store
+  // refuses to grow by nothing.
+  if (length > 0) to.Extend(length);
   from.Seek(0);
   to.Seek(0);
   char chunk[kBlobChunk];
