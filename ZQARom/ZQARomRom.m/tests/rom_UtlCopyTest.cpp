@@ -232,6 +232,10 @@ TEST_F(UtlCopyRows, AnObjectTheTargetKnowsIsNotCopiedAgain) {
   int const known = m_To->GetClassBagForWrite(kNode).Table().NewRow().Location();
   m_To->History().MakeEntry(node, kNode, known);
   int const nodes = m_To->GetTableSize(kNode);
+  // A mark in the target's row of the hex's base part, which a copy would
+  // write over.
+  int const base = m_ToView.Object(kHex8, written.m_Oid).ReadFieldInt(Field("##BaseClassOID"));
+  m_ToView.UpdateObject(kElement, base).WriteFieldInt(Field("Id"), -99);
 
   rom_FastCopyVisitor visitor(*m_From, *m_To);
   rom_UtlCopy copy(m_ToView);
@@ -240,6 +244,7 @@ TEST_F(UtlCopyRows, AnObjectTheTargetKnowsIsNotCopiedAgain) {
   EXPECT_EQ(copy.CopyObject(kNode, other, m_FromView, false), known);
   EXPECT_EQ(m_To->GetTableSize(kHex8), 1);
   EXPECT_EQ(m_To->GetTableSize(kNode), nodes);
+  EXPECT_EQ(m_ToView.Object(kElement, base).ReadFieldInt(Field("Id")), -99);
 }
 
 TEST_F(UtlCopyRows, AnObjectInTheSourceBarnIsWrittenFromItsValue) {
@@ -259,6 +264,15 @@ TEST_F(UtlCopyRows, AnObjectInTheSourceBarnIsWrittenFromItsValue) {
   again.SetVisitor(&visitor);
   EXPECT_EQ(again.CopyObject(kHex8, 4, m_FromView, false), copied);
   EXPECT_EQ(m_To->GetTableSize(kHex8), 1);
+
+  // A value whose identity has a row in the target, though not in its
+  // barn, is written to that row.
+  auto const other = rom_ReadObject<rom_TestHex8>(*m_From, 5);
+  int const row = m_To->GetClassBagForWrite(kHex8).Table().NewRow().Location();
+  m_To->History().MakeEntry(other.ConstGet()->Uid(), kHex8, row);
+  EXPECT_EQ(copy.CopyObject(kHex8, 5, m_FromView, false), row);
+  EXPECT_EQ(m_To->GetTableSize(kHex8), 2);
+  EXPECT_TRUE(m_ToView.Object(kHex8, row).DataIsPresent(Field("##BaseClassOID")));
 }
 
 TEST_F(UtlCopyRows, ARowCopyTakesTheIdentityAlong) {
