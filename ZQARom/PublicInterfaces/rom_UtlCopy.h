@@ -67,6 +67,10 @@ private:
   // Raises, naming both files, unless to has field.
   void RequireField(rfm_Row const& to, rfm_FieldHandle const& field, rom_UtlDatabase const& source) const;
   void WriteInt(rfm_Row const& to, rfm_FieldHandle const& field, int value, rom_UtlDatabase const& source) const;
+  // The handle in from's Target#Handle, from being row oid of the internal
+  // class cid; null when it holds none. Raises, naming the file, for a
+  // handle that names no object.
+  rfm_Handle CollectionHandle(rfm_Row const& from, unsigned int cid, int oid, rom_UtlDatabase const& source) const;
   // The copy of what a collection's Target#Handle names.
   rfm_Handle CopyTable(rfm_Handle handle, rom_UtlDatabase const& source);
   rfm_Handle CopyArray(rfm_Type type, rfm_Handle handle, rom_UtlDatabase const& source, bool excluded) const;

@@ -24,7 +24,8 @@ class ZQA_EXPORT rom_UtlDatabaseRfm : public rom_UtlDatabase {
 public:
   static constexpr int kDefaultIndex = 0;
 
-  // The database in file, of any application's magic.
+  // The database in file, of any application's magic. Only the classes of
+  // its catalogue have tables: a copy into it takes objects of those alone.
   explicit rom_UtlDatabaseRfm(rfm_File const& file, int index = kDefaultIndex);
   // A new database in file, which must be new and writable, with magic and
   // model's description: model's header, and for each class of model's

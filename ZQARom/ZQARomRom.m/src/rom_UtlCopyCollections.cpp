@@ -33,18 +33,6 @@ char const kShortBlob[] = "rom_UtlCopy::CopyBlob - Only %d of the %d bytes of bl
 // A blob's bytes move in pieces of at most this many.
 constexpr int kBlobChunk = 1024;
 
-// A handle the file hands out for no object raises, naming the file, here
-// and not in the record store, whose message would not. An object that has
-// not grown yet has no extent: only the list of objects tells it apart.
-void CheckHandle(rom_UtlDatabase const& source, unsigned int cid, int oid, rfm_Handle handle) {
-  rfm_Database const& database = source.Database();
-  if (database.ExtentCount(handle) > 0) return;
-  for (cow_ListIter<rfm_Handle> it(database.ObjectHandles()); !it.IsDone(); it.Next())
-    if (it.CurrentItem() == handle) return;
-  nex_ThrowMessage(kSourcePath, __LINE__,
-                   atr_SubstituteFormat(atr_translate(kNamesNothing), oid, cid, database.FileName(), handle.Value()));
-}
-
 bool IsListType(rfm_Type type) {
   switch (type) {
     case rfm_TypeTable:
@@ -75,60 +63,59 @@ rfm_Handle AppendArray(rfm_Database const& from, rfm_Database const& to, rfm_Han
 }
 }  // namespace
 
+// A handle the file hands out for no object raises, naming the file, here
+// and not in the record store, whose message would not. An object that has
+// not grown yet has no extent: only the list of objects tells it apart.
+rfm_Handle rom_UtlCopy::CollectionHandle(rfm_Row const& from, unsigned int cid, int oid,
+                                         rom_UtlDatabase const& source) const {
+  if (!from.DataIsPresent(m_TargetHandle)) return rfm_Handle();
+  rfm_Handle const handle = from.ReadFieldHandle(m_TargetHandle);
+  rfm_Database const& database = source.Database();
+  if (database.ExtentCount(handle) > 0) return handle;
+  for (cow_ListIter<rfm_Handle> it(database.ObjectHandles()); !it.IsDone(); it.Next())
+    if (it.CurrentItem() == handle) return handle;
+  nex_ThrowMessage(kSourcePath, __LINE__,
+                   atr_SubstituteFormat(atr_translate(kNamesNothing), oid, cid, database.FileName(), handle.Value()));
+}
+
+// Each of the three checks what its row names before it takes a row in
+// the target, and enters the new row before copying what the collection
+// holds, for the reason CopyObject's objects are entered early. A row
+// without data in its handle is an absent collection, and stays absent.
 int rom_UtlCopy::CopyMap(int oid, rom_UtlDatabase const& source, bool) {
   rfm_Row const from = source.Object(kRomInternalMapClass, oid);
+  rfm_Handle const handle = CollectionHandle(from, kRomInternalMapClass, oid, source);
+  if (!handle.IsNull() && source.Database().HandleType(handle) != rfm_TypeTable)
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate(kNotATable), oid, kRomInternalMapClass,
+                                          source.Database().FileName(), handle.Value()));
   rfm_Row const to = m_Target->NewObject(kRomInternalMapClass);
-  int const copied = to.Location();
-  // Entered before the map's rows are copied, for the reason CopyObject's
-  // objects are.
-  Remember(kRomInternalMapClass, oid, source, copied);
-  if (from.DataIsPresent(m_TargetHandle)) {
-    rfm_Handle const handle = from.ReadFieldHandle(m_TargetHandle);
-    CheckHandle(source, kRomInternalMapClass, oid, handle);
-    if (source.Database().HandleType(handle) != rfm_TypeTable)
-      nex_ThrowMessage(kSourcePath, __LINE__,
-                       atr_SubstituteFormat(atr_translate(kNotATable), oid, kRomInternalMapClass,
-                                            source.Database().FileName(), handle.Value()));
-    to.WriteFieldHandle(m_TargetHandle, CopyTable(handle, source));
-  }
-  return copied;
+  Remember(kRomInternalMapClass, oid, source, to.Location());
+  if (!handle.IsNull()) to.WriteFieldHandle(m_TargetHandle, CopyTable(handle, source));
+  return to.Location();
 }
 
 int rom_UtlCopy::CopyList(int oid, rom_UtlDatabase const& source, bool excluded) {
   rfm_Row const from = source.Object(kRomInternalListClass, oid);
-  // No data in the handle is an absent list, which the copy keeps absent.
-  bool const present = from.DataIsPresent(m_TargetHandle);
-  rfm_Handle handle;
-  rfm_Type type = rfm_TypeNone;
-  if (present) {
-    handle = from.ReadFieldHandle(m_TargetHandle);
-    CheckHandle(source, kRomInternalListClass, oid, handle);
-    type = source.Database().HandleType(handle);
-    if (!IsListType(type)) return -1;
-  }
+  rfm_Handle const handle = CollectionHandle(from, kRomInternalListClass, oid, source);
+  rfm_Type const type = handle.IsNull() ? rfm_TypeNone : source.Database().HandleType(handle);
+  if (!handle.IsNull() && !IsListType(type)) return -1;
   rfm_Row const to = m_Target->NewObject(kRomInternalListClass);
-  int const copied = to.Location();
-  // Entered before the list's elements are copied, for the reason
-  // CopyObject's objects are.
-  Remember(kRomInternalListClass, oid, source, copied);
-  if (present)
+  Remember(kRomInternalListClass, oid, source, to.Location());
+  if (!handle.IsNull())
     to.WriteFieldHandle(m_TargetHandle, type == rfm_TypeTable ? CopyTable(handle, source)
                                                               : CopyArray(type, handle, source, excluded));
   CopyData(from, to, m_TargetColumns, source);
-  return copied;
+  return to.Location();
 }
 
 int rom_UtlCopy::CopyBlob(int oid, rom_UtlDatabase const& source) {
   rfm_Row const from = source.Object(kRomInternalBlobClass, oid);
+  rfm_Handle const handle = CollectionHandle(from, kRomInternalBlobClass, oid, source);
   rfm_Row const to = m_Target->NewObject(kRomInternalBlobClass);
-  int const copied = to.Location();
-  Remember(kRomInternalBlobClass, oid, source, copied);
-  if (from.DataIsPresent(m_TargetHandle)) {
-    rfm_Handle const handle = from.ReadFieldHandle(m_TargetHandle);
-    CheckHandle(source, kRomInternalBlobClass, oid, handle);
-    to.WriteFieldHandle(m_TargetHandle, CopySpace(oid, handle, source));
-  }
-  return copied;
+  Remember(kRomInternalBlobClass, oid, source, to.Location());
+  if (!handle.IsNull()) to.WriteFieldHandle(m_TargetHandle, CopySpace(oid, handle, source));
+  return to.Location();
 }
 
 rfm_Handle rom_UtlCopy::CopySpace(int oid, rfm_Handle handle, rom_UtlDatabase const& source) const {

@@ -32,7 +32,8 @@ rom_UtlDatabaseRfm::rom_UtlDatabaseRfm(rfm_File const& file, int index)
 rom_UtlDatabaseRfm::rom_UtlDatabaseRfm(rfm_File const& file, cow_String const& magic,
                                        rom_UtlDatabaseRfm const& model, int index)
     : rom_UtlDatabase(index),
-      m_Database(rfm_Database::Create(file, magic, model.Database().Description(), static_cast<long>(std::time(nullptr)))),
+      m_Database(
+          rfm_Database::Create(file, magic, model.Database().Description(), static_cast<long>(std::time(nullptr)))),
       m_Header(m_Database, model.m_Header) {
   rom_TransporterMetadata::Instance().Bind(m_Database);
   TransferMetadata(model);

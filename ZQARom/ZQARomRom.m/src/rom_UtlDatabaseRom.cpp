@@ -16,7 +16,8 @@ char const kNoTable[] =
     "copied.";
 }  // namespace
 
-rom_UtlDatabaseRom::rom_UtlDatabaseRom(rom_Transporter& transporter) : rom_UtlDatabase(kIndex), m_Transporter(transporter) {}
+rom_UtlDatabaseRom::rom_UtlDatabaseRom(rom_Transporter& transporter)
+    : rom_UtlDatabase(kIndex), m_Transporter(transporter) {}
 
 rfm_Database const& rom_UtlDatabaseRom::Database() const { return m_Transporter.Database(); }
 

@@ -85,7 +85,8 @@ protected:
       holder.AddAttribute(cls_FieldHandle(++field, map), cls_AttrObjectCow, kRomInternalMapClass);
     for (char const* blob : {"Blob", "EmptyBlob"})
       holder.AddAttribute(cls_FieldHandle(++field, blob), cls_AttrObjectCow, kRomInternalBlobClass);
-    for (char const* node : {"Owner", "Nothing"}) holder.AddAttribute(cls_FieldHandle(++field, node), cls_AttrObjectCow, kNode);
+    for (char const* node : {"Owner", "Nothing"})
+      holder.AddAttribute(cls_FieldHandle(++field, node), cls_AttrObjectCow, kNode);
     m_From.reset(new rom_Transporter(m_Registrar, rfm_File::Open(m_Source, utl_FileAccessCreate, false), kMagic,
                                      "source", 0, -1));
     m_To.reset(new rom_Transporter(m_Registrar, rom_CreateCopyTarget(GetParam(), m_Target), kMagic, "target", 0, -1));
@@ -102,20 +103,22 @@ protected:
 
   rfm_Database const& Source() const { return m_From->Database(); }
 
-  // A new row of class cid in the source, and its object id.
+  // A new row of class cid in the source.
   rfm_Row NewRow(unsigned int cid) const { return m_From->GetClassBagForWrite(cid).Table().NewRow(); }
-  int NewCollection(unsigned int cid, rfm_Handle handle) const {
+  // A new row of an internal class naming handle, and for a list with
+  // columns > 0 its elements per row.
+  int NewCollection(unsigned int cid, rfm_Handle handle, int columns = 0) const {
     rfm_Row const row = NewRow(cid);
     row.WriteFieldHandle(kHandle, handle);
+    if (columns > 0) row.WriteFieldInt(Field("Target#Columns"), columns);
     return row.Location();
   }
 
   void WriteHolder() {
     rfm_Database const& db = Source();
     rfm_Row const holder = NewRow(kHolder);
-    int const ints = NewCollection(kRomInternalListClass, NewArray(db.ArrayInt(2, -1, 0), 2, kInts));
-    m_From->GetClassBagForWrite(kRomInternalListClass).Table().UpdateRow(ints).WriteFieldInt(Field("Target#Columns"), 2);
-    Refer(holder, "Ints", kRomInternalListClass, ints);
+    Refer(holder, "Ints", kRomInternalListClass,
+          NewCollection(kRomInternalListClass, NewArray(db.ArrayInt(2, -1, 0), 2, kInts), 2));
     Refer(holder, "Doubles", kRomInternalListClass,
           NewCollection(kRomInternalListClass, NewArray(db.ArrayDouble(1, -1, 0), 1, kDoubles)));
     Refer(holder, "Strings", kRomInternalListClass,
