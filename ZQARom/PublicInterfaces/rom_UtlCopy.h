@@ -7,6 +7,7 @@
 #include "rfm_FieldHandle.h"
 #include "rfm_Handle.h"
 #include "rfm_TableMetadata.h"
+#include "rfm_Type.h"
 #include "rom_CidOidNdx.h"
 
 class rfm_Row;
@@ -42,7 +43,8 @@ public:
   // excluded is passed to a list's or a map's copy (see CopyList).
   int CopyObject(unsigned int cid, int oid, rom_UtlDatabase const& source, bool excluded);
   // A row of ##InternalMap, ##InternalList or ##InternalBlob and what its
-  // Target#Handle names; each answers the new row's object id. A list
+  // Target#Handle names; each makes a new copy at every call, which
+  // CopyObject then finds, and answers the new row's object id. A list
   // whose handle names something other than a list (a table, or an array
   // of ints, floats, doubles or strings) answers -1 and makes nothing. A
   // float array moves through the array's own append with excluded set,
