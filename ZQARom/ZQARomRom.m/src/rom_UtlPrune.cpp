@@ -1,0 +1,3 @@
+#include "rom_UtlPrune.h"
+
+rom_UtlPrune::~rom_UtlPrune() = default;
