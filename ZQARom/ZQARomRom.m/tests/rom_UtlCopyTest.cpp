@@ -3,6 +3,7 @@
 
 #include "rfm_Row.h"
 #include "rom_FastCopyVisitor.h"
+#include "rom_HeaderLayout.h"
 #include "rom_HistoryEntry.h"
 #include "rom_Objects.h"
 #include "rom_TestModel.h"
@@ -26,7 +27,8 @@ constexpr char kMagic[] = "MDL";
 constexpr unsigned int kLink = 0x01000201;
 // Tally's columns end as references' do, but each lacks its partner.
 constexpr unsigned int kTally = 0x01000202;
-constexpr unsigned int kModelClasses[] = {kMaterial, kNode, kElement, kHex8, kQuad4};
+constexpr unsigned int kModelClasses[] = {kMaterial, kNode,      kElement, kHex8, kQuad4, kNodeSet, kRomInternalListClass,
+                                          kRomInternalBlobClass};
 
 rfm_File Create(cow_String const& path) { return rfm_File::Open(path, utl_FileAccessCreate, false); }
 rfm_File ReadOnly(cow_String const& path) { return rfm_File::Open(path, utl_FileAccessRead, false); }
@@ -52,9 +54,10 @@ protected:
   // Copies every node, hex and quad in row order, so that each keeps its
   // object id.
   void CopyModel(rom_UtlCopy& copy, rom_UtlDatabase const& from) const {
-    unsigned int const roots[] = {kNode, kHex8, kQuad4};
-    std::size_t const counts[] = {m_Model.nodes.size(), m_Model.hexes.size(), m_Model.quads.size()};
-    for (int i = 0; i < 3; ++i)
+    unsigned int const roots[] = {kNode, kHex8, kQuad4, kNodeSet};
+    std::size_t const counts[] = {m_Model.nodes.size(), m_Model.hexes.size(), m_Model.quads.size(),
+                                  m_Model.sets.size()};
+    for (int i = 0; i < 4; ++i)
       for (int oid = 0; oid < static_cast<int>(counts[i]); ++oid)
         EXPECT_EQ(copy.CopyObject(roots[i], oid, from, false), oid);
   }
