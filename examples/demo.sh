@@ -10,7 +10,7 @@ build=$(cd "${1:-build}" && pwd)
 zdb=$build/tools/zdb/zdb
 mkdir -p "$build/demo"
 cd "$build/demo"
-rm -f beam.zdb beam.mdb run.mdb
+rm -f beam.zdb beam.mdb run.mdb beam-copy.mdb
 
 show() {
   echo
@@ -31,3 +31,6 @@ echo
 show classes beam.mdb
 show dump beam.mdb --table Step
 show check beam.mdb
+echo
+"$build/examples/model_file" copy beam.mdb beam-copy.mdb compressed
+show check beam-copy.mdb

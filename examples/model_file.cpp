@@ -10,18 +10,13 @@
 //                            the increments of the last step to the step's
 //                            history while a viewer process beside it
 //                            follows, each after every flush
+//   model_file copy FILE COPY [compressed]
+//                            copies the root object of FILE, and everything
+//                            it reaches, row by row into a new file COPY,
+//                            compressed if asked; each object once
 //
 // Materials and nodes are shared by many elements and node sets: the file
 // holds each once, and reading gives one object per material and node.
-
-#include "ZQARomCore.h"
-#include "beam_model.h"
-#include "cls_CollectionClass.h"
-#include "rfm_File.h"
-#include "rom_Objects.h"
-#include "rom_PtrBarn.h"
-#include "rom_Transporter.h"
-#include "rom_WriteRecord.h"
 
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -37,6 +32,17 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "ZQARomCore.h"
+#include "beam_model.h"
+#include "cls_CollectionClass.h"
+#include "rfm_File.h"
+#include "rom_Objects.h"
+#include "rom_PtrBarn.h"
+#include "rom_Transporter.h"
+#include "rom_UtlCopy.h"
+#include "rom_UtlDatabaseRom.h"
+#include "rom_WriteRecord.h"
 
 namespace {
 
@@ -121,6 +127,29 @@ SharedObjects Reached(Model const& model) {
   return reached;
 }
 
+// The root and all it reaches, copied at the level of rows: the copy knows
+// no C++ class, it follows the references the class tables' columns name.
+// Objects the root does not reach (the second copy of the tip node that
+// Write made) stay behind.
+void Copy(char const* path, char const* copyPath, bool compressed) {
+  cls_ClassRegistrar registrar;
+  RegisterModel(registrar);
+  rom_Transporter source(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
+  rfm_File const target =
+      compressed ? rfm_File::CreateCompressed(copyPath) : rfm_File::Open(copyPath, utl_FileAccessCreate, false);
+  rom_Transporter copy(registrar, target, kMagic, "Copy of a cantilever beam", static_cast<long>(std::time(nullptr)),
+                       -1);
+  rom_UtlDatabaseRom const from(source);
+  rom_UtlDatabaseRom to(copy);
+  rom_UtlCopy rows(to);
+  int const root = rows.CopyObject(Model::kClassId, 0, from, false);
+  // Copying the root again finds it copied.
+  bool const once = rows.CopyObject(Model::kClassId, 0, from, false) == root;
+  copy.Flush();
+  std::printf("copied the root of %s into %s%s: %d of %d rows, the root at row %d%s\n", path, copyPath,
+              compressed ? " (compressed)" : "", Rows(copy), Rows(source), root, once ? ", copied once" : "");
+}
+
 int Read(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
@@ -169,7 +198,7 @@ int Read(char const* path) {
 // process closes the end it does not use, so that a wait ends when the
 // other process has.
 class Signal {
-public:
+ public:
   Signal() {
     if (pipe(m_Ends) != 0) throw std::runtime_error("cannot make a pipe");
   }
@@ -191,7 +220,7 @@ public:
     if (read(m_Ends[0], &byte, 1) != 1) throw std::runtime_error("the other process is gone");
   }
 
-private:
+ private:
   void CloseEnd(int end) {
     if (m_Ends[end] >= 0) close(m_Ends[end]);
     m_Ends[end] = -1;
@@ -308,9 +337,14 @@ int Follow(char const* path) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  char const* const command = argc == 3 ? argv[1] : "";
-  if (std::strcmp(command, "write") != 0 && std::strcmp(command, "read") != 0 && std::strcmp(command, "follow") != 0) {
-    std::fprintf(stderr, "usage: %s write|read|follow MODEL-FILE\n", argv[0]);
+  char const* const command = argc >= 3 ? argv[1] : "";
+  bool const copying =
+      std::strcmp(command, "copy") == 0 && (argc == 4 || (argc == 5 && std::strcmp(argv[4], "compressed") == 0));
+  bool const oneFile = argc == 3 && (std::strcmp(command, "write") == 0 || std::strcmp(command, "read") == 0 ||
+                                     std::strcmp(command, "follow") == 0);
+  if (!copying && !oneFile) {
+    std::fprintf(stderr, "usage: %s write|read|follow MODEL-FILE\n       %s copy MODEL-FILE COPY [compressed]\n",
+                 argv[0], argv[0]);
     return 2;
   }
   int modules = 0;
@@ -321,6 +355,8 @@ int main(int argc, char** argv) {
       Write(argv[2]);
     else if (std::strcmp(command, "read") == 0)
       status = Read(argv[2]);
+    else if (copying)
+      Copy(argv[2], argv[3], argc == 5);
     else
       status = Follow(argv[2]);
   } catch (std::exception const& e) {

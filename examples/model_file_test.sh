@@ -29,6 +29,15 @@ increments; the tip went down to -0.0084 at t=1"
 "$zdb" check beam.mdb >/dev/null
 "$zdb" check run.mdb >/dev/null
 
+# The root's copies, plain and compressed, read as the beam and check clean.
+for kind in "" compressed; do
+  "$model_file" copy beam.mdb copy$kind.mdb $kind >copy.out
+  grep -q ", copied once$" copy.out || { cat copy.out >&2; exit 1; }
+  "$model_file" read copy$kind.mdb >read.out
+  expect read.out "read copy$kind.mdb: the model equals the one written; 2 Material objects and 36 Node objects in memory"
+  "$zdb" check copy$kind.mdb >/dev/null
+done
+
 if "$model_file" read run.mdb >differs.out 2>&1; then
   echo "the solver's file read as the beam" >&2
   exit 1
