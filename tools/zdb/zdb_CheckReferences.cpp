@@ -50,7 +50,7 @@ void CheckTable(zdb_ObjectFile const& file, zdb_ClassRow const& row, zdb_CheckRe
   try {
     std::vector<zdb_Column> references;
     for (zdb_Column const& column : file.Columns(table)) {
-      if (column.m_Kind != zdb_Column::kField) references.push_back(column);
+      if (zdb_IsReference(column)) references.push_back(column);
     }
     if (references.empty()) return;
     int rows = table.Length();
