@@ -363,3 +363,35 @@ TEST(ZdbListsTest, DumpSaysWhatABadListHandleNamesInsteadOfFailing) {
             rows[2].at("Target#Handle"));
   EXPECT_FALSE(lists.contains("error"));
 }
+
+TEST(ZdbListsTest, CheckReportsBadListHandlesColumnCountsAndListElementsByTableAndRow) {
+  zqa_TestDir dir;
+  DamagedFile file = MakeDamagedFile(dir);
+  zdb_Run run = RunZdb({"check", file.m_Name});
+  EXPECT_EQ(1, run.m_Status);
+  EXPECT_EQ("", run.m_Err);
+  std::string const lists = "table \"##InternalList\" at handle " + std::to_string(file.m_Lists) + ": ";
+  std::string const bad = "table \"##List\" at handle " + std::to_string(file.m_Bad) + ": ";
+  std::string const blobs = "table \"##InternalBlob\" at handle " + std::to_string(file.m_Blobs) + ": ";
+  std::string const handle = "\"Target#Handle\": ";
+  // The list table's lines stop at five, and the rest are counted at the
+  // end; the ##List that two lists share is checked once.
+  std::vector<std::string> expected = {
+      lists + "row 0, " + handle + "999 names no object",
+      lists + "row 1, " + handle + "4 names a stream, not a list",
+      lists + "row 2, " + handle + std::to_string(file.m_Shapes) + " names table \"Shape\", not a list",
+      lists + "row 3, \"Target#Columns\": 0 elements per row; a list has 1 or more",
+      lists + "row 4, \"Target#Columns\": -3 elements per row; a list has 1 or more",
+      bad + "row 1, \"OID\": Shape[2] is past the end of table \"Shape\" at handle " + std::to_string(file.m_Shapes) +
+          ", which has 2 rows",
+      bad + "row 2, \"OID\": class id 0x00099999 names no class of the catalogue",
+      bad + "row 4, \"OID\": class id 0x00000001 means no class, but its oid 5 is not negative",
+      bad + "row 5, \"OID\": ##InternalList[99] is past the end of table \"##InternalList\" at handle " +
+          std::to_string(file.m_Lists) + ", which has 8 rows",
+      blobs + "row 0, " + handle + "999 names no object",
+      lists + "2 more problems of this kind",
+      file.m_Name + ": 11 problems (plain file, 11 objects: 1 array, 4 spaces, 1 stream, 5 tables; " +
+          "object header (tagged stream), 3 classes)",
+  };
+  EXPECT_EQ(expected, Lines(run.m_Out));
+}
