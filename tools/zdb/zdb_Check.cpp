@@ -147,13 +147,18 @@ zdb_Command const zdb_CheckCommand = {
     "other table: a class id that names no class of the catalogue, no internal\n"
     "class, nor the null reference's class with a negative oid; an oid, or a\n"
     "derived class's ##BaseClassOID, past the end of its class's table, or an\n"
-    "oid of a class that has no table. The summary then names the header's\n"
-    "form and the classes.\n"
+    "oid of a class that has no table. Then the lists and blobs: a row of\n"
+    "##InternalList whose Target#Handle names no object, or one that is no\n"
+    "list's store (an array, or a table of the ##List or ##StringArray layout),\n"
+    "or whose Target#Columns is below 1; a row of ##InternalBlob whose handle\n"
+    "names no object; and the references of every ##List table that a list\n"
+    "leads to, as a class table's. The summary then names the header's form\n"
+    "and the classes.\n"
     "\n"
     "Prints each problem on a line of its own (a problem repeated in every row\n"
-    "of one object, or a table's bad references, five times, then counted),\n"
-    "then a summary line naming the file. Exit status 0 when nothing was\n"
-    "found, 1 when something was. Check a file while no writer is flushing it:\n"
-    "a flush half done looks damaged.\n",
+    "of one object, or a table's bad references or collections, five times,\n"
+    "then counted), then a summary line naming the file. Exit status 0 when\n"
+    "nothing was found, 1 when something was. Check a file while no writer is\n"
+    "flushing it: a flush half done looks damaged.\n",
     Run,
 };

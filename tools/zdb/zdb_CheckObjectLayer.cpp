@@ -1,6 +1,7 @@
 #include "zdb_CheckObjectLayer.h"
 
 #include "rom_HeaderLayout.h"
+#include "zdb_CheckCollections.h"
 #include "zdb_CheckReferences.h"
 #include "zdb_CheckReport.h"
 #include "zdb_ClassCatalogue.h"
@@ -108,6 +109,7 @@ std::string zdb_CheckObjectLayer(std::string const& name, zdb_CheckReport& repor
     for (std::string const& problem : catalogue.Problems()) report.Problem(problem);
     ClassRules(catalogue, report).Check();
     zdb_CheckReferences(file, report);
+    zdb_CheckCollections(file, report);
     std::size_t classes = catalogue.Rows().size();
     return std::string("object header (") + zdb_ObjectHeader::FormName(file.Header().GetForm()) + "), " +
            std::to_string(classes) + (classes == 1 ? " class" : " classes");

@@ -12,7 +12,8 @@ class zdb_CheckReport;
 // named after its class; the field kRomBaseClassOidName, an int, exactly in
 // the tables of derived classes; every base class in the catalogue, and no
 // chain of base classes that comes back to where it began; then the
-// references in the class tables (see zdb_CheckReferences). It reads through
+// references in the class tables (see zdb_CheckReferences), and the lists
+// and blobs (see zdb_CheckCollections). It reads through
 // the library, as the object layer does, and adds a line to report for each
 // problem. Answers what it found for the check's summary, "object header
 // (tagged stream), 3 classes", or "" for a file without an object header.

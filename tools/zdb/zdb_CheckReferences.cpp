@@ -11,10 +11,6 @@
 
 namespace {
 
-std::string TableSubject(std::string const& name, int handle) {
-  return "table " + zdb_QuotedText(name) + " at handle " + std::to_string(handle);
-}
-
 // What is wrong with a reference of column, or "" when nothing is.
 std::string Problem(zdb_ObjectFile const& file, zdb_Column const& column, zdb_StoredReference const& reference) {
   if (!reference.m_Oid || !reference.m_ClassId) return std::string();
@@ -38,19 +34,23 @@ std::string Problem(zdb_ObjectFile const& file, zdb_Column const& column, zdb_St
   // found, are the catalogue's problems, reported with it.
   if (oid < 0 || target == nullptr || !target->m_TableFound || oid < target->m_TableRows) return std::string();
   int rows = target->m_TableRows;
-  return file.Label(classId, oid) + " is past the end of " + TableSubject(target->m_TableName, *target->m_TableHandle) +
-         ", which has " + std::to_string(rows) + (rows == 1 ? " row" : " rows");
+  return file.Label(classId, oid) + " is past the end of " +
+         zdb_TableSubject(target->m_TableName, *target->m_TableHandle) + ", which has " + std::to_string(rows) +
+         (rows == 1 ? " row" : " rows");
 }
 
-void CheckTable(zdb_ObjectFile const& file, zdb_ClassRow const& row, zdb_CheckReport& report) {
-  std::string why;
-  rfm_Table table = file.Finder().Find(*row.m_TableHandle, why);
-  if (table.IsNull()) return;
-  std::string subject = TableSubject(row.m_TableName, *row.m_TableHandle);
+}  // namespace
+
+std::string zdb_TableSubject(std::string const& name, int handle) {
+  return "table " + zdb_QuotedText(name) + " at handle " + std::to_string(handle);
+}
+
+void zdb_CheckTableReferences(zdb_ObjectFile const& file, rfm_Table const& table, std::string const& subject,
+                              zdb_CheckReport& report) {
   try {
     std::vector<zdb_Column> references;
     for (zdb_Column const& column : file.Columns(table)) {
-      if (column.m_Kind != zdb_Column::kField) references.push_back(column);
+      if (zdb_IsReference(column)) references.push_back(column);
     }
     if (references.empty()) return;
     int rows = table.Length();
@@ -68,11 +68,14 @@ void CheckTable(zdb_ObjectFile const& file, zdb_ClassRow const& row, zdb_CheckRe
   }
 }
 
-}  // namespace
-
 void zdb_CheckReferences(zdb_ObjectFile const& file, zdb_CheckReport& report) {
   std::set<int> checked;
   for (zdb_ClassRow const& row : file.Catalogue().Rows()) {
-    if (row.m_TableFound && checked.insert(*row.m_TableHandle).second) CheckTable(file, row, report);
+    if (!row.m_TableFound || !checked.insert(*row.m_TableHandle).second) continue;
+    std::string why;
+    rfm_Table table = file.Finder().Find(*row.m_TableHandle, why);
+    if (!table.IsNull()) {
+      zdb_CheckTableReferences(file, table, zdb_TableSubject(row.m_TableName, *row.m_TableHandle), report);
+    }
   }
 }

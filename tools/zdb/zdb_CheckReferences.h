@@ -1,11 +1,15 @@
 #ifndef zdb_CheckReferences_h
 #define zdb_CheckReferences_h
 
+#include <string>
+
+class rfm_Table;
 class zdb_CheckReport;
 class zdb_ObjectFile;
 
 // The references of the object layer's part of zdb check. In every class
-// table that the catalogue names, and in no other table, each row's
+// table that the catalogue names, and in no other table (but for the
+// ##List tables that zdb_CheckCollections leads here), each row's
 // references to objects (see zdb_TableColumns.h): a class id must be a
 // class of the catalogue or an internal class, or kRomNoClass with a
 // negative oid (the null reference); an oid must lie within the rows of
@@ -16,5 +20,12 @@ class zdb_ObjectFile;
 // that a wrecked table stays readable. A class whose table, or base class,
 // the catalogue's own rules find missing is not looked into again.
 void zdb_CheckReferences(zdb_ObjectFile const& file, zdb_CheckReport& report);
+
+// The references of one table, its lines beginning with subject.
+void zdb_CheckTableReferences(zdb_ObjectFile const& file, rfm_Table const& table, std::string const& subject,
+                              zdb_CheckReport& report);
+
+// How a check's line names a table: table "Shape" at handle 6.
+std::string zdb_TableSubject(std::string const& name, int handle);
 
 #endif

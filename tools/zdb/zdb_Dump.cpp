@@ -179,6 +179,17 @@ zdb_Value Dumper::Field(rfm_Row const& row, int index, rfm_Type type) const {
 zdb_Value Dumper::Column(rfm_Row const& row, zdb_Column const& column) const {
   if (column.m_Kind == zdb_Column::kField) return Field(row, column.m_Index, column.m_Type);
   zdb_Value value;
+  if (!zdb_IsReference(column)) {
+    rfm_FieldHandle field(column.m_Index);
+    // A row without a handle holds no collection: an absent list reads as empty.
+    if (!row.DataIsPresent(field)) return value;
+    int handle = row.ReadFieldHandle(field).Value();
+    value.m_Kind = zdb_Value::kCollection;
+    zdb_TableFinder const& finder = m_Objects->Finder();
+    value.m_Target = column.m_Kind == zdb_Column::kListTarget ? zdb_CollectionTarget::OfList(finder, handle)
+                                                              : zdb_CollectionTarget::OfBlob(finder, handle);
+    return value;
+  }
   zdb_StoredReference reference = zdb_ReadReference(row, column);
   if (reference.IsNull()) {
     value.m_Kind = zdb_Value::kNullReference;
@@ -191,8 +202,8 @@ zdb_Value Dumper::Column(rfm_Row const& row, zdb_Column const& column) const {
 
 void Dumper::DumpTable(rfm_Handle handle) {
   rfm_Table table = m_Db.Table(handle, -1, -1);
-  // Only a file of the object layer has references: m_Objects is set
-  // whenever a column is one.
+  // Only a file of the object layer has references and collections:
+  // m_Objects is set whenever a column is one.
   std::vector<zdb_Column> columns = m_Objects ? m_Objects->Columns(table) : zdb_FieldColumns(table);
   zdb_DumpSink::Fields names;
   for (zdb_Column const& column : columns) names.push_back({column.m_Name, zdb_ColumnTypeName(column)});
@@ -352,11 +363,19 @@ zdb_Command const zdb_DumpCommand = {
     "class by its own name, any other by its id, 0x00010001[3]. A reference\n"
     "with a negative oid, or with a field that holds no data, is null. A\n"
     "derived class's ##BaseClassOID shows so too, as a row of its base class.\n"
+    "The Target#Handle of a row of ##InternalList shows the handle with the\n"
+    "list's length and element kind, 57 (8 int), 58 (0 double), 59 (3 objects)\n"
+    "for a table of the ##List layout, and of ##InternalBlob with the blob's\n"
+    "bytes, 61 (1200 bytes); a handle that names no such store says what it\n"
+    "names instead, 62 (names no object).\n"
     "\n"
     "JSON: {\"file\": ..., \"objects\": [...]}, an object per table, array or\n"
     "stream with its \"handle\" and \"kind\"; rows as {\"row\": n, \"values\": ...}.\n"
     "An absent field is null. A reference is the string the text shows, its\n"
-    "field of type \"reference\"; a null reference is null. Doubles read back\n"
+    "field of type \"reference\"; a null reference is null. A list's or blob's\n"
+    "handle, a field of type \"list\" or \"blob\", is {\"handle\": 57, \"length\":\n"
+    "8, \"kind\": \"int\"} (kind int, float, double, string, objects or bytes),\n"
+    "or {\"handle\": 62, \"problem\": \"names no object\"}. Doubles read back\n"
     "exactly; a float is written as the double of its value; NaN and the\n"
     "infinities are the strings \"NaN\", \"Infinity\" and \"-Infinity\". Strings\n"
     "are UTF-8: a byte that is not part of valid UTF-8 becomes the character of\n"

@@ -91,7 +91,26 @@ void zdb_DumpJson::Value(zdb_Value const& value) {
     case zdb_Value::kNullReference:
       m_Json.Null();
       return;
+    case zdb_Value::kCollection:
+      Target(value.m_Target);
+      return;
   }
+}
+
+void zdb_DumpJson::Target(zdb_CollectionTarget const& target) {
+  m_Json.BeginObject();
+  m_Json.Key("handle");
+  m_Json.Integer(target.m_Handle);
+  if (target.Found()) {
+    m_Json.Key("length");
+    m_Json.Integer(target.m_Length);
+    m_Json.Key("kind");
+    m_Json.String(target.m_Kind);
+  } else {
+    m_Json.Key("problem");
+    m_Json.String(target.m_Problem);
+  }
+  m_Json.EndObject();
 }
 
 void zdb_DumpJson::Row(int number, std::vector<zdb_Value> const& values) {

@@ -18,6 +18,11 @@
 // reference to an object, a field of type "reference", is the string of its
 // label, "Shape[3]", as the text shows it; a null reference is null, as the
 // object layer reads a pair without data, so that a script tests one thing.
+// A list's or a blob's handle, a field of type "list" or "blob", is an
+// object {"handle": 57, "length": 8, "kind": "int"} (kind "int", "float",
+// "double", "string", "objects" or "bytes"), or {"handle": 99, "problem":
+// "names no object"} when it names no store of its kind: a script reads
+// the numbers without parsing the text's form.
 // An object that could not be read in full has an "error" member.
 class zdb_DumpJson : public zdb_DumpSink {
 public:
@@ -40,6 +45,7 @@ private:
   // Opens the list of rows or items before the first of them.
   void BeginList(char const* name);
   void Value(zdb_Value const& value);
+  void Target(zdb_CollectionTarget const& target);
 
   zdb_JsonWriter m_Json;
   Fields m_Fields;  // of the current table; empty for an array

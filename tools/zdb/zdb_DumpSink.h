@@ -4,24 +4,27 @@
 #include "rfm_Handle.h"
 #include "rfm_Type.h"
 #include "utl_FileOffset.h"
+#include "zdb_CollectionTarget.h"
 
 #include <string>
 #include <vector>
 
 // One value that zdb dump shows: a field of a row, an element of an array,
-// the value of a stream's item, or a reference to an object that a row of
-// the object layer holds in two fields (its label, "Shape[3]", in m_String).
+// the value of a stream's item, a reference to an object that a row of the
+// object layer holds in two fields (its label, "Shape[3]", in m_String), or
+// the handle of a list's or a blob's store with what it names (m_Target).
 struct zdb_Value {
-  enum Kind { kAbsent, kInteger, kHandle, kFloat, kDouble, kString, kReference, kNullReference };
+  enum Kind { kAbsent, kInteger, kHandle, kFloat, kDouble, kString, kReference, kNullReference, kCollection };
   Kind m_Kind = kAbsent;
   long long m_Integer = 0;
   float m_Float = 0;
   double m_Double = 0;
   std::string m_String;
+  zdb_CollectionTarget m_Target;
 };
 
 // A column of a table as a dump heads it: its name, and its type as zdb
-// writes it ("int", ..., "reference").
+// writes it ("int", ..., "reference", "list", "blob").
 struct zdb_DumpField {
   std::string m_Name;
   std::string m_Type;

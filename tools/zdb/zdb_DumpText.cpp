@@ -22,6 +22,8 @@ std::string ValueText(zdb_Value const& value) {
       return value.m_String;
     case zdb_Value::kNullReference:
       return kNullText;
+    case zdb_Value::kCollection:
+      return std::to_string(value.m_Target.m_Handle) + " (" + value.m_Target.Summary() + ")";
     case zdb_Value::kAbsent:
       break;
   }

@@ -8,7 +8,8 @@
 // zdb dump for a person: a heading line per object, then one line per row
 // or item, fields as name=value, absent fields as "absent", strings quoted
 // (see zdb_QuotedText), numbers in their shortest exact form, a reference
-// as its label and a null reference as "null".
+// as its label and a null reference as "null", a collection's handle with
+// what it names, "57 (8 int)".
 class zdb_DumpText : public zdb_DumpSink {
 public:
   explicit zdb_DumpText(std::FILE* out) : m_Out(out) {}

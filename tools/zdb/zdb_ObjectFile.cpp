@@ -42,7 +42,10 @@ zdb_ClassRow const* zdb_ObjectFile::ClassOfTable(int handle) const {
 std::vector<zdb_Column> zdb_ObjectFile::Columns(rfm_Table const& table) const {
   if (!Present()) return zdb_FieldColumns(table);
   if (zdb_ClassRow const* row = ClassOfTable(table.Handle().Value())) {
-    return zdb_ClassTableColumns(table, row->m_BaseClassId.value_or(kRomNoClass));
+    std::uint32_t base = row->m_BaseClassId.value_or(kRomNoClass);
+    if (row->m_ClassId == kRomInternalListClass) return zdb_CollectionRowColumns(table, base, zdb_Column::kListTarget);
+    if (row->m_ClassId == kRomInternalBlobClass) return zdb_CollectionRowColumns(table, base, zdb_Column::kBlobTarget);
+    return zdb_ClassTableColumns(table, base);
   }
   std::string name = table.TableMetadata().TableName().CStr();
   if (name.compare(0, sizeof kRomOwnNamePrefix - 1, kRomOwnNamePrefix) == 0) return zdb_CollectionColumns(table);

@@ -2,6 +2,7 @@
 
 #include "omi_BtreeIterator.h"
 #include "rom_HeaderLayout.h"
+#include "zdb_CollectionTarget.h"
 #include "zdb_Database.h"
 
 #include <cstring>
@@ -10,6 +11,8 @@
 namespace {
 
 constexpr char kReferenceType[] = "reference";
+constexpr char kListType[] = "list";
+constexpr char kBlobType[] = "blob";
 
 // The names of a reference's two fields, and of its column.
 struct FieldPair {
@@ -87,6 +90,16 @@ std::vector<zdb_Column> zdb_ClassTableColumns(rfm_Table const& table, std::uint3
   return Columns(table, pairs, baseClass);
 }
 
+std::vector<zdb_Column> zdb_CollectionRowColumns(rfm_Table const& table, std::uint32_t baseClass,
+                                                 zdb_Column::Kind target) {
+  std::vector<zdb_Column> columns = zdb_ClassTableColumns(table, baseClass);
+  std::string handle = std::string(kZdbTargetName) + kRomHandleSuffix;
+  for (zdb_Column& column : columns) {
+    if (column.m_Name == handle && column.m_Type == rfm_TypeHandle) column.m_Kind = target;
+  }
+  return columns;
+}
+
 std::vector<zdb_Column> zdb_CollectionColumns(rfm_Table const& table) {
   return Columns(table, {{kRomElementOidName, kRomElementClassIdName, kRomElementOidName}}, kRomNoClass);
 }
@@ -105,5 +118,16 @@ zdb_StoredReference zdb_ReadReference(rfm_Row const& row, zdb_Column const& colu
 }
 
 std::string zdb_ColumnTypeName(zdb_Column const& column) {
-  return column.m_Kind == zdb_Column::kField ? zdb_TypeName(column.m_Type) : kReferenceType;
+  switch (column.m_Kind) {
+    case zdb_Column::kField:
+      return zdb_TypeName(column.m_Type);
+    case zdb_Column::kListTarget:
+      return kListType;
+    case zdb_Column::kBlobTarget:
+      return kBlobType;
+    case zdb_Column::kReference:
+    case zdb_Column::kBaseReference:
+      break;
+  }
+  return kReferenceType;
 }

@@ -14,8 +14,11 @@
 // reference to an object that the object layer stores in two int fields
 // (see rom_HeaderLayout.h). A base reference is a derived class's
 // kRomBaseClassOidName: one field, its class the catalogue's base class.
+// A list's or a blob's target is the handle field Target#Handle of the
+// object layer's ##InternalList or ##InternalBlob table, which names the
+// collection's store (see zdb_CollectionTarget).
 struct zdb_Column {
-  enum Kind { kField, kReference, kBaseReference };
+  enum Kind { kField, kReference, kBaseReference, kListTarget, kBlobTarget };
   Kind m_Kind = kField;
   std::string m_Name;
   rfm_Type m_Type = rfm_TypeNone;  // of a field; a reference's are ints
@@ -36,6 +39,11 @@ struct zdb_StoredReference {
   bool IsNull() const { return !m_Oid || !m_ClassId || *m_Oid < 0; }
 };
 
+// Whether column holds a reference to an object.
+inline bool zdb_IsReference(zdb_Column const& column) {
+  return column.m_Kind == zdb_Column::kReference || column.m_Kind == zdb_Column::kBaseReference;
+}
+
 // The columns of a table in the order of its fields' positions, one per
 // present field, except that both fields of a reference make one column at
 // the place of the first of them. Only a pair of two int fields is a
@@ -47,6 +55,11 @@ std::vector<zdb_Column> zdb_FieldColumns(rfm_Table const& table);
 // N; the derived class's kRomBaseClassOidName, when baseClass is not
 // kRomNoClass, is a base reference of that class.
 std::vector<zdb_Column> zdb_ClassTableColumns(rfm_Table const& table, std::uint32_t baseClass);
+// The table of ##InternalList or ##InternalBlob: a class's table, whose
+// handle field Target#Handle is the column of kind target, kListTarget or
+// kBlobTarget.
+std::vector<zdb_Column> zdb_CollectionRowColumns(rfm_Table const& table, std::uint32_t baseClass,
+                                                 zdb_Column::Kind target);
 // A collection's table: its kRomElementOidName and kRomElementClassIdName
 // are one reference, named after the oid field.
 std::vector<zdb_Column> zdb_CollectionColumns(rfm_Table const& table);
@@ -54,7 +67,8 @@ std::vector<zdb_Column> zdb_CollectionColumns(rfm_Table const& table);
 // The reference that row holds in a column of kind kReference or kBaseReference.
 zdb_StoredReference zdb_ReadReference(rfm_Row const& row, zdb_Column const& column);
 
-// What zdb calls a column's type: the field's type, or "reference".
+// What zdb calls a column's type: the field's type, "reference", "list" or
+// "blob".
 std::string zdb_ColumnTypeName(zdb_Column const& column);
 
 #endif

@@ -22,6 +22,7 @@ public:
   // "names a table that cannot be opened: REASON".
   rfm_Table Find(int handle, std::string& why) const;
   bool IsObject(int handle) const { return m_Objects.count(handle) != 0; }
+  rfm_Database const& Database() const { return m_Database; }
 
 private:
   rfm_Database m_Database;
