@@ -53,7 +53,7 @@ void CollectionRows::CheckClass(std::uint32_t classId) {
   rfm_Table table = m_File.Finder().Find(*row->m_TableHandle, why);
   if (table.IsNull()) return;
   std::string subject = zdb_TableSubject(row->m_TableName, *row->m_TableHandle);
-  std::string columnsName = std::string(kZdbTargetName) + kRomColumnsSuffix;
+  std::string columnsName = std::string(kRomTargetName) + kRomColumnsSuffix;
   std::vector<int> lists;  // the ##List tables first reached from this table, checked after its rows
   try {
     std::vector<zdb_Column> all = m_File.Columns(table);
@@ -73,7 +73,7 @@ void CollectionRows::CheckClass(std::uint32_t classId) {
   }
   for (int handle : lists) {
     rfm_Table list = m_File.Finder().Find(handle, why);
-    if (!list.IsNull()) zdb_CheckTableReferences(m_File, list, zdb_TableSubject(kZdbListLayout, handle), m_Report);
+    if (!list.IsNull()) zdb_CheckTableReferences(m_File, list, zdb_TableSubject(kRomListTableName, handle), m_Report);
   }
 }
 

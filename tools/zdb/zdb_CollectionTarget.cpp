@@ -1,5 +1,7 @@
 #include "zdb_CollectionTarget.h"
 
+#include "rom_HeaderLayout.h"
+
 #include "rfm_Array.h"
 #include "rfm_Space.h"
 #include "zdb_Database.h"
@@ -41,10 +43,10 @@ void FindListTable(zdb_TableFinder const& finder, zdb_CollectionTarget& target) 
     return;
   }
   std::string layout = table.TableMetadata().TableName().CStr();
-  if (layout == kZdbListLayout) {
+  if (layout == kRomListTableName) {
     target.m_Kind = zdb_CollectionTarget::kObjects;
     target.m_ObjectList = true;
-  } else if (layout == kZdbStringArrayLayout) {
+  } else if (layout == kRomStringArrayTableName) {
     target.m_Kind = zdb_TypeName(rfm_TypeString);
   } else {
     target.m_Problem = "names table " + zdb_QuotedText(layout) + ", not a list";

@@ -5,13 +5,6 @@
 
 class zdb_TableFinder;
 
-// The object layer's names for a collection's row and a list's tables. Its
-// transporter spells them in its own sources, beyond zdb's reach; these
-// are the same words.
-inline constexpr char kZdbTargetName[] = "Target";
-inline constexpr char kZdbListLayout[] = "##List";
-inline constexpr char kZdbStringArrayLayout[] = "##StringArray";
-
 // What the Target#Handle of a row of ##InternalList or ##InternalBlob names
 // (see rom_HeaderLayout.h). A list's store is an array of int, float,
 // double or string elements, a table of the ##List layout (one object a

@@ -93,7 +93,7 @@ std::vector<zdb_Column> zdb_ClassTableColumns(rfm_Table const& table, std::uint3
 std::vector<zdb_Column> zdb_CollectionRowColumns(rfm_Table const& table, std::uint32_t baseClass,
                                                  zdb_Column::Kind target) {
   std::vector<zdb_Column> columns = zdb_ClassTableColumns(table, baseClass);
-  std::string handle = std::string(kZdbTargetName) + kRomHandleSuffix;
+  std::string handle = std::string(kRomTargetName) + kRomHandleSuffix;
   for (zdb_Column& column : columns) {
     if (column.m_Name == handle && column.m_Type == rfm_TypeHandle) column.m_Kind = target;
   }

@@ -126,6 +126,9 @@ inline constexpr char kRomInternalCowName[] = "##InternalCow";
 inline constexpr char kRomInternalDblColName[] = "##InternalDblCol";
 inline constexpr char kRomInternalBlobName[] = "##InternalBlob";
 
+// The one attribute of the collection classes: its columns are
+// "Target#Handle" and, for a list, "Target#Columns".
+inline constexpr char kRomTargetName[] = "Target";
 // A collection class's row: the handle of the collection's store, then,
 // for a list, the number of elements in one of its logical rows.
 constexpr int kRomTargetHandleColumn = 0;

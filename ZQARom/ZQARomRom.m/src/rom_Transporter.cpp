@@ -37,7 +37,6 @@ constexpr InternalClass kInternalClasses[] = {
     {kRomInternalCowName, kRomInternalCowClass, cls_AttrInternalCow},
     {kRomInternalDblColName, kRomInternalDblColClass, cls_AttrDoubleCollection},
 };
-constexpr char kTargetName[] = "Target";
 constexpr int kTargetFieldId = 1;
 }  // namespace
 
@@ -76,7 +75,7 @@ void rom_Transporter::InitializeInternalTables() {
   int const quantum = cls_ExtQuant::Instance().ExtentQuantumConstMedium();
   for (InternalClass const& internal : kInternalClasses)
     m_InternalRegistrar.CreateClassMD(internal.name, internal.classId, 1, nullptr, cls_kNoClass)
-        .AddAttribute(cls_FieldHandle(kTargetFieldId, kTargetName), internal.target, cls_kNoClass, cls_CollNone)
+        .AddAttribute(cls_FieldHandle(kTargetFieldId, kRomTargetName), internal.target, cls_kNoClass, cls_CollNone)
         .AddTableExtentQuantum(quantum);
 }
 

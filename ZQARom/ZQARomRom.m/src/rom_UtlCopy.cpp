@@ -24,8 +24,6 @@ char const kHandleField[] = "rom_UtlCopy - The field \"%s\" of a row of %s holds
 // What a collection's row holds besides an object: its key and its value.
 char const kKeyName[] = "Key";
 char const kDataName[] = "Data";
-// The one attribute of the object layer's internal classes: the collection.
-char const kCollectionMember[] = "Target";
 
 bool EndsWith(cow_String const& name, char const* suffix) {
   int const length = static_cast<int>(std::strlen(suffix));
@@ -53,8 +51,8 @@ rom_UtlCopy::rom_UtlCopy(rom_UtlDatabase& target)
       m_ClassId(kRomElementClassIdName, -1),
       m_Oid(kRomElementOidName, -1),
       m_Data(kDataName, -1),
-      m_TargetHandle(cow_String(kCollectionMember) + kRomHandleSuffix, -1),
-      m_TargetColumns(cow_String(kCollectionMember) + kRomColumnsSuffix, -1) {}
+      m_TargetHandle(cow_String(kRomTargetName) + kRomHandleSuffix, -1),
+      m_TargetColumns(cow_String(kRomTargetName) + kRomColumnsSuffix, -1) {}
 
 rom_UtlCopy::~rom_UtlCopy() = default;
 
