@@ -110,6 +110,9 @@ inline constexpr char kRomHandle2Suffix[] = "#Handle2";
 // A collection's row refers to an object by these two int columns, first.
 inline constexpr char kRomElementOidName[] = "OID";
 inline constexpr char kRomElementClassIdName[] = "ClassID";
+// A collection's row holds a value and, in a map, its key in these.
+inline constexpr char kRomElementDataName[] = "Data";
+inline constexpr char kRomElementKeyName[] = "Key";
 
 // The object layer names its own tables, classes and fields with this prefix.
 inline constexpr char kRomOwnNamePrefix[] = "##";

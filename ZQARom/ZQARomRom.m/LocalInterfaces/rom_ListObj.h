@@ -47,9 +47,6 @@ public:
   cls_MementoRead* MakeReadObj() override;
 
 private:
-  // The current element's reference; false for a null element.
-  bool Reference(unsigned int& cid, int& oid) const;
-
   rom_Transporter* m_Transporter;
   rfm_Table m_Table;
   rfm_Row m_Current;

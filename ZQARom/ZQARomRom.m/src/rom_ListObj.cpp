@@ -31,6 +31,15 @@ rfm_Table NewListTable(rom_Transporter& transporter) {
 bool BothPresent(rfm_Row const& row) {
   return !row.IsNull() && row.DataIsPresent(kOidColumn) && row.DataIsPresent(kClassIdColumn);
 }
+
+// The element's reference in row; false for a null element: no data in
+// either column, or the stored null reference.
+bool ElementReference(rfm_Row const& row, unsigned int& cid, int& oid) {
+  if (!BothPresent(row)) return false;
+  oid = row.ReadFieldInt(kOidColumn);
+  cid = static_cast<unsigned int>(row.ReadFieldInt(kClassIdColumn));
+  return !(cid == cls_kNoClass && oid < 0);
+}
 }  // namespace
 
 rom_WriteListObj::rom_WriteListObj(rom_Transporter& transporter)
@@ -66,24 +75,17 @@ bool rom_ReadListObj::Next() {
   return true;
 }
 
-bool rom_ReadListObj::Reference(unsigned int& cid, int& oid) const {
-  if (!BothPresent(m_Current)) return false;
-  oid = m_Current.ReadFieldInt(kOidColumn);
-  cid = static_cast<unsigned int>(m_Current.ReadFieldInt(kClassIdColumn));
-  return !(cid == cls_kNoClass && oid < 0);
-}
-
 void* rom_ReadListObj::ReadObjPtr(unsigned int cid) {
   unsigned int stored = cls_kNoClass;
   int oid = -1;
-  if (!Reference(stored, oid)) return nullptr;
+  if (!ElementReference(m_Current, stored, oid)) return nullptr;
   return m_Transporter->CheckReadObjPtr(oid, stored, cid);
 }
 
 cls_CowValue const& rom_ReadListObj::ReadObjCow(unsigned int cid) {
   unsigned int stored = cls_kNoClass;
   int oid = -1;
-  if (!Reference(stored, oid)) return cls_Static::ConstIntCOW();
+  if (!ElementReference(m_Current, stored, oid)) return cls_Static::ConstIntCOW();
   return m_Transporter->CheckReadObjCow(oid, stored, cid);
 }
 
@@ -107,11 +109,9 @@ rom_AgentListObj::rom_AgentListObj(rom_Transporter& transporter, int oid)
     : m_Transporter(&transporter), m_Table(NewListTable(transporter)), m_Oid(oid) {}
 
 cls_CowValue const& rom_AgentListObj::Get(int index, unsigned int cid) {
-  rfm_Row const row = m_Table.ReadRow(index);
-  if (!BothPresent(row)) return cls_Static::ConstIntCOW();
-  int const oid = row.ReadFieldInt(kOidColumn);
-  unsigned int const stored = static_cast<unsigned int>(row.ReadFieldInt(kClassIdColumn));
-  if (stored == cls_kNoClass && oid < 0) return cls_Static::ConstIntCOW();
+  unsigned int stored = cls_kNoClass;
+  int oid = -1;
+  if (!ElementReference(m_Table.ReadRow(index), stored, oid)) return cls_Static::ConstIntCOW();
   return m_Transporter->CheckReadObjCow(oid, stored, cid);
 }
 

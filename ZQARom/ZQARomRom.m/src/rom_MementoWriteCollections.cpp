@@ -25,6 +25,24 @@ bool StoredReference(rfm_Row const& row, rfm_FieldHandle const& oid, rfm_FieldHa
   stored = rom_CidOid(static_cast<unsigned int>(row.ReadFieldInt(classId)), row.ReadFieldInt(oid));
   return true;
 }
+
+// The store that a collection row's handle names, opened by open, or one
+// made by make, whose handle the row then takes; a list's column count,
+// unless kNoColumns, goes to the row either way.
+constexpr int kNoColumns = -1;
+
+template <class Made, class Open, class Make>
+Made* OpenOrMake(rfm_Row const& row, Open const& open, Make const& make, int columns) {
+  std::unique_ptr<Made> made;
+  if (row.DataIsPresent(kHandle)) {
+    made = open(row.ReadFieldHandle(kHandle));
+  } else {
+    made = make();
+    row.WriteFieldHandle(kHandle, made->Handle());
+  }
+  if (columns != kNoColumns) row.WriteFieldInt(kColumns, columns);
+  return made.release();
+}
 }  // namespace
 
 rom_MementoWrite* rom_MementoWrite::ExistingCollection(cls_FieldHandle const& field, unsigned int cid) {
@@ -40,38 +58,31 @@ rom_MementoWrite* rom_MementoWrite::ExistingCollection(cls_FieldHandle const& fi
   return new rom_MementoWrite(*m_Transporter, cid, stored.m_Oid);
 }
 
-// A collection the row holds already is opened (a writer empties it), any
-// other is made and its handle stored; a list's column count is stored
-// either way.
+// A writer empties a list the row holds already.
 template <class Writer>
 Writer* rom_MementoWrite::MakeWriter(int columns) {
   if (m_Row.IsNull()) return nullptr;
-  std::unique_ptr<Writer> made;
-  if (m_Row.DataIsPresent(kHandle)) {
-    made.reset(new Writer(*m_Transporter, m_Row.ReadFieldHandle(kHandle)));
-  } else {
-    made.reset(new Writer(*m_Transporter));
-    m_Row.WriteFieldHandle(kHandle, made->Handle());
-  }
-  m_Row.WriteFieldInt(kColumns, columns);
-  return made.release();
+  rom_Transporter& transporter = *m_Transporter;
+  return OpenOrMake<Writer>(
+      m_Row, [&](rfm_Handle const& handle) { return std::make_unique<Writer>(transporter, handle); },
+      [&] { return std::make_unique<Writer>(transporter); }, columns);
 }
 
-// As MakeWriter, for an agent, which is told the row's object id: one
-// opened on a collection the row holds already is emptied once built.
+// An agent is told the row's object id; one opened on a list the row holds
+// already empties it once built.
 template <class Agent>
 Agent* rom_MementoWrite::MakeAgent(int columns) {
   if (m_Row.IsNull()) return nullptr;
-  std::unique_ptr<Agent> made;
-  if (m_Row.DataIsPresent(kHandle)) {
-    made.reset(new Agent(*m_Transporter, Oid(), m_Row.ReadFieldHandle(kHandle), columns));
-    made->Clear();
-  } else {
-    made.reset(new Agent(*m_Transporter, Oid(), columns));
-    m_Row.WriteFieldHandle(kHandle, made->Handle());
-  }
-  m_Row.WriteFieldInt(kColumns, columns);
-  return made.release();
+  rom_Transporter& transporter = *m_Transporter;
+  int const oid = Oid();
+  return OpenOrMake<Agent>(
+      m_Row,
+      [&](rfm_Handle const& handle) {
+        auto agent = std::make_unique<Agent>(transporter, oid, handle, columns);
+        agent->Clear();
+        return agent;
+      },
+      [&] { return std::make_unique<Agent>(transporter, oid, columns); }, columns);
 }
 
 cls_WriteListObj* rom_MementoWrite::MakeWriteListObj(int columns) { return MakeWriter<rom_WriteListObj>(columns); }
@@ -102,15 +113,16 @@ cls_WriteListPrim<bool>* rom_MementoWrite::MakeWriteListPrim(bool const&, int co
 
 cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() {
   if (m_Row.IsNull()) return nullptr;
-  std::unique_ptr<rom_AgentListObj> made;
-  if (m_Row.DataIsPresent(kHandle)) {
-    made.reset(new rom_AgentListObj(*m_Transporter, Oid(), m_Row.ReadFieldHandle(kHandle)));
-    made->Clear();
-  } else {
-    made.reset(new rom_AgentListObj(*m_Transporter, Oid()));
-    m_Row.WriteFieldHandle(kHandle, made->Handle());
-  }
-  return made.release();
+  rom_Transporter& transporter = *m_Transporter;
+  int const oid = Oid();
+  return OpenOrMake<rom_AgentListObj>(
+      m_Row,
+      [&](rfm_Handle const& handle) {
+        auto agent = std::make_unique<rom_AgentListObj>(transporter, oid, handle);
+        agent->Clear();
+        return agent;
+      },
+      [&] { return std::make_unique<rom_AgentListObj>(transporter, oid); }, kNoColumns);
 }
 
 cls_AgentListPrim<bool>* rom_MementoWrite::MakeAgentListBool(int columns) {
@@ -139,9 +151,9 @@ cls_AgentListPrim<unsigned int>* rom_MementoWrite::MakeAgentListUint(int columns
 
 cls_AgentBlob* rom_MementoWrite::MakeAgentBlob() {
   if (m_Row.IsNull()) return nullptr;
+  rom_Transporter& transporter = *m_Transporter;
   // A blob the row holds already keeps its bytes.
-  if (m_Row.DataIsPresent(kHandle)) return new rom_AgentBlob(*m_Transporter, m_Row.ReadFieldHandle(kHandle));
-  std::unique_ptr<rom_AgentBlob> made(new rom_AgentBlob(*m_Transporter));
-  m_Row.WriteFieldHandle(kHandle, made->Handle());
-  return made.release();
+  return OpenOrMake<rom_AgentBlob>(
+      m_Row, [&](rfm_Handle const& handle) { return std::make_unique<rom_AgentBlob>(transporter, handle); },
+      [&] { return std::make_unique<rom_AgentBlob>(transporter); }, kNoColumns);
 }

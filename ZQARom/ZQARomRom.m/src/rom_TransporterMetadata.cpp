@@ -42,21 +42,22 @@ rom_TransporterMetadata::rom_TransporterMetadata() {
                                               {kRomCatalogBaseClassIdName, kInt},
                                               {kRomCatalogClassVersionName, kInt}}));
   m_Tables.push_back(Layout(kRomListTableName, {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}}));
-  m_Tables.push_back(Layout(kRomStringArrayTableName, {{"Data", kString}}));
-  m_Tables.push_back(Layout("##HandleArray", {{"Data", kHandle}}));
-  m_Tables.push_back(Layout("##Map", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapString2Double", {{"Data", kDouble}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapString2Float", {{"Data", kFloat}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapString2Int", {{"Data", kInt}, {"Key", kString}}));
-  m_Tables.push_back(Layout("##MapString2String", {{"Data", kString}, {"Key", kString}}));
+  m_Tables.push_back(Layout(kRomStringArrayTableName, {{kRomElementDataName, kString}}));
+  m_Tables.push_back(Layout("##HandleArray", {{kRomElementDataName, kHandle}}));
+  m_Tables.push_back(Layout(
+      "##Map", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout("##MapString2Double", {{kRomElementDataName, kDouble}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout("##MapString2Float", {{kRomElementDataName, kFloat}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout("##MapString2Int", {{kRomElementDataName, kInt}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout("##MapString2String", {{kRomElementDataName, kString}, {kRomElementKeyName, kString}}));
   m_Tables.push_back(
-      Layout("##MapInt2Obj", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {"Key", kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Handle", {{"Handle", kHandle}, {"Key", kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Double", {{"Data", kDouble}, {"Key", kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Float", {{"Data", kFloat}, {"Key", kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Int", {{"Data", kInt}, {"Key", kInt}}));
-  m_Tables.push_back(Layout("##MapInt2String", {{"Data", kString}, {"Key", kInt}}));
+      Layout("##MapInt2Obj", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout("##MapInt2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout("##MapInt2Double", {{kRomElementDataName, kDouble}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout("##MapInt2Float", {{kRomElementDataName, kFloat}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout("##MapInt2Int", {{kRomElementDataName, kInt}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout("##MapInt2String", {{kRomElementDataName, kString}, {kRomElementKeyName, kInt}}));
 }
 
 // A read-only file cannot take a layout it lacks, and needs none: no table

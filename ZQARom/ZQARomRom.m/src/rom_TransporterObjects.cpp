@@ -54,7 +54,8 @@ rom_MementoWrite* rom_Transporter::MakeRefMemento(rfm_Row& row, unsigned int cid
                                                   cls_CowValue const* cow) {
   bool const shared = cow != nullptr && cow->HasValue();
   // As for an object's member: a value stored already is only referred to.
-  if (shared && GetClassBagForWrite(cid).HasTable()) {
+  // The barn holds only values stored in a table.
+  if (shared) {
     if (rom_CowBarnStall const* stall = m_CowBarn.Stall(*cow)) {
       WriteRef(row, stall->Row().m_Cid, stall->Row().m_Oid);
       return nullptr;

@@ -21,10 +21,6 @@ char const kNoField[] = "rom_UtlCopy - A row of %s holds the field \"%s\", which
 char const kHandleField[] = "rom_UtlCopy - The field \"%s\" of a row of %s holds a handle, which only the object "
                             "layer's collection rows may: the copy cannot follow it.";
 
-// What a collection's row holds besides an object: its key and its value.
-char const kKeyName[] = "Key";
-char const kDataName[] = "Data";
-
 bool EndsWith(cow_String const& name, char const* suffix) {
   int const length = static_cast<int>(std::strlen(suffix));
   return name.Length() >= length && std::strcmp(name.CStr() + name.Length() - length, suffix) == 0;
@@ -47,10 +43,10 @@ bool IsCollectionClass(unsigned int cid) { return cid == kRomInternalListClass |
 rom_UtlCopy::rom_UtlCopy(rom_UtlDatabase& target)
     : m_Target(&target),
       m_BaseClassOid(kRomBaseClassOidName, -1),
-      m_Key(kKeyName, -1),
+      m_Key(kRomElementKeyName, -1),
       m_ClassId(kRomElementClassIdName, -1),
       m_Oid(kRomElementOidName, -1),
-      m_Data(kDataName, -1),
+      m_Data(kRomElementDataName, -1),
       m_TargetHandle(cow_String(kRomTargetName) + kRomHandleSuffix, -1),
       m_TargetColumns(cow_String(kRomTargetName) + kRomColumnsSuffix, -1) {}
 

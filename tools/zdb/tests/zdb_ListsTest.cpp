@@ -38,7 +38,7 @@ void RegisterShape(cls_ClassRegistrar& registrar) {
       .AddAttribute(cls_FieldHandle(2, "Outline"), cls_AttrObjectCow, kRomInternalListClass);
 }
 
-std::string TargetField(char const* suffix) { return std::string("Target") + suffix; }
+std::string TargetField(char const* suffix) { return std::string(kRomTargetName) + suffix; }
 
 // A transporter file being written: the class tables of Shape,
 // ##InternalList and ##InternalBlob, and the stores their rows name.
