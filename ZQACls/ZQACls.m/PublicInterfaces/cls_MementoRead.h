@@ -5,15 +5,24 @@
 
 class cls_AgentBlob;
 class cls_AgentListObj;
+class cls_AgentProxy;
 class cls_CowValue;
 class cls_FieldHandle;
+class cls_ReadIntTableInt;
 class cls_ReadListObj;
+class cls_ReadMapInt2Obj;
 class cls_Uid;
 class cow_String;
 template <class T>
 class cls_AgentListPrim;
+template <class K>
+class cls_AgentMapKey2Obj;
 template <class T>
 class cls_ReadListPrim;
+template <class K>
+class cls_ReadMapKey2Obj;
+template <class K, class T>
+class cls_ReadMapKey2Prim;
 
 // One row being read: what a cls_ReadVisitor pulls an object's members out
 // of. The object layer implements it on its tables; the framework knows only
@@ -25,10 +34,12 @@ class cls_ReadListPrim;
 // a class without a table. Whoever receives a memento deletes it when
 // NeedsDeletion() says so; the visitors do.
 //
-// A collection (a list, a blob) is read through the memento of its own row
+// A collection (a list, a map, a blob) is read through the memento of its own row
 // (MakeReadObj on the member that refers to it). The Make... operations for
 // collections answer its reader or agent, or null when the row holds no
-// collection; a memento that reads no collections answers null too.
+// collection; a memento that reads no collections answers null too. The
+// MakeAlt... operations answer the second collection of a double
+// collection's row.
 class ZQA_EXPORT cls_MementoRead {
 public:
   cls_MementoRead(cls_MementoRead const&) = delete;
@@ -87,6 +98,34 @@ public:
   virtual cls_AgentListPrim<cow_String>* MakeAgentListString();
   virtual cls_AgentListPrim<unsigned int>* MakeAgentListUint();
   virtual cls_AgentBlob* MakeAgentBlob();
+
+  virtual cls_ReadMapInt2Obj* MakeReadMapInt2Obj();
+  virtual cls_ReadMapInt2Obj* MakeAltReadMapInt2Obj();
+  virtual cls_ReadMapKey2Obj<cow_String>* MakeReadMapString2Obj();
+  virtual cls_ReadMapKey2Prim<int, double>* MakeReadMapInt2Prim(double const& type);
+  virtual cls_ReadMapKey2Prim<int, float>* MakeReadMapInt2Prim(float const& type);
+  virtual cls_ReadMapKey2Prim<int, int>* MakeReadMapInt2Prim(int const& type);
+  virtual cls_ReadMapKey2Prim<int, cow_String>* MakeReadMapInt2Prim(cow_String const& type);
+  virtual cls_ReadMapKey2Prim<int, unsigned int>* MakeReadMapInt2Prim(unsigned int const& type);
+  virtual cls_ReadIntTableInt* MakeReadIntTableInt(int const& type);
+  virtual cls_ReadMapKey2Prim<int, double>* MakeAltReadMapInt2Prim(double const& type);
+  virtual cls_ReadMapKey2Prim<int, float>* MakeAltReadMapInt2Prim(float const& type);
+  virtual cls_ReadMapKey2Prim<int, int>* MakeAltReadMapInt2Prim(int const& type);
+  virtual cls_ReadMapKey2Prim<int, cow_String>* MakeAltReadMapInt2Prim(cow_String const& type);
+  virtual cls_ReadMapKey2Prim<int, unsigned int>* MakeAltReadMapInt2Prim(unsigned int const& type);
+  virtual cls_ReadMapKey2Prim<cow_String, double>* MakeReadMapString2Prim(double const& type);
+  virtual cls_ReadMapKey2Prim<cow_String, float>* MakeReadMapString2Prim(float const& type);
+  virtual cls_ReadMapKey2Prim<cow_String, int>* MakeReadMapString2Prim(int const& type);
+  virtual cls_ReadMapKey2Prim<cow_String, cow_String>* MakeReadMapString2Prim(cow_String const& type);
+  virtual cls_ReadMapKey2Prim<cow_String, unsigned int>* MakeReadMapString2Prim(unsigned int const& type);
+  virtual cls_ReadIntTableInt* MakeAltReadIntTableInt(int const& type);
+  virtual cls_AgentMapKey2Obj<int>* MakeAgentMapInt2Obj();
+  virtual cls_AgentMapKey2Obj<cow_String>* MakeAgentMapString2Obj();
+
+  // The object that field refers to, which must be of class cid or derive
+  // from it, held unloaded; a proxy without a value for a null reference.
+  // The receiver owns it. Here: null.
+  virtual cls_AgentProxy* MakeAgentProxy(cls_FieldHandle const& field, unsigned int cid);
 
   // Who deletes a memento: the visitor that receives it, or its creator
   // (a root memento on the creator's stack).

@@ -7,15 +7,23 @@
 
 class cls_AgentBlob;
 class cls_AgentListObj;
+class cls_AgentProxy;
 class cls_ClassRegistrar;
 class cls_CowValue;
 class cls_FieldHandle;
 class cls_Uid;
 class cls_WriteListObj;
+class cls_WriteIntTableInt;
 template <class T>
 class cls_AgentListPrim;
+template <class K>
+class cls_AgentMapKey2Obj;
 template <class T>
 class cls_WriteListPrim;
+template <class K>
+class cls_WriteMapKey2Obj;
+template <class K, class T>
+class cls_WriteMapKey2Prim;
 
 // One row being written: what a cls_WriteVisitor pours an object's members
 // into. The object layer implements it on its tables; the framework knows
@@ -26,13 +34,15 @@ class cls_WriteListPrim;
 // the object is stored already, or its class has no table. Whoever receives
 // a memento deletes it when NeedsDeletion() says so; the visitors do.
 //
-// A collection (a list, a blob) is stored through the memento of its own
+// A collection (a list, a map, a blob) is stored through the memento of its own
 // row, a row of one of the object layer's collection classes
 // (cls_CollectionClass.h), which a member visitor's StartWrite answered. The
 // Make... operations for collections answer the collection's writer or
 // agent, which empties a collection the row holds already (except a blob),
 // or makes a new one; columns is the number of elements in a logical row of
-// the list. A memento that stores no collections answers null.
+// the list. The MakeAlt... operations answer the second collection of a
+// double collection's row. A memento that stores no collections answers
+// null.
 class ZQA_EXPORT cls_MementoWrite {
 public:
   cls_MementoWrite(cls_MementoWrite const&) = delete;
@@ -86,6 +96,34 @@ public:
   virtual cls_AgentListPrim<cow_String>* MakeAgentListString(int columns);
   virtual cls_AgentListPrim<unsigned int>* MakeAgentListUint(int columns);
   virtual cls_AgentBlob* MakeAgentBlob();
+
+  virtual cls_WriteMapKey2Obj<int>* MakeWriteMapInt2Obj();
+  virtual cls_WriteMapKey2Obj<int>* MakeAltWriteMapInt2Obj();
+  virtual cls_WriteMapKey2Obj<cow_String>* MakeWriteMapString2Obj();
+  virtual cls_WriteMapKey2Prim<int, double>* MakeWriteMapInt2Prim(double const& type);
+  virtual cls_WriteMapKey2Prim<int, float>* MakeWriteMapInt2Prim(float const& type);
+  virtual cls_WriteMapKey2Prim<int, int>* MakeWriteMapInt2Prim(int const& type);
+  virtual cls_WriteMapKey2Prim<int, cow_String>* MakeWriteMapInt2Prim(cow_String const& type);
+  virtual cls_WriteMapKey2Prim<int, unsigned int>* MakeWriteMapInt2Prim(unsigned int const& type);
+  virtual cls_WriteIntTableInt* MakeWriteIntTableInt(int const& type);
+  virtual cls_WriteMapKey2Prim<int, double>* MakeAltWriteMapInt2Prim(double const& type);
+  virtual cls_WriteMapKey2Prim<int, float>* MakeAltWriteMapInt2Prim(float const& type);
+  virtual cls_WriteMapKey2Prim<int, int>* MakeAltWriteMapInt2Prim(int const& type);
+  virtual cls_WriteMapKey2Prim<int, cow_String>* MakeAltWriteMapInt2Prim(cow_String const& type);
+  virtual cls_WriteMapKey2Prim<int, unsigned int>* MakeAltWriteMapInt2Prim(unsigned int const& type);
+  virtual cls_WriteMapKey2Prim<cow_String, double>* MakeWriteMapString2Prim(double const& type);
+  virtual cls_WriteMapKey2Prim<cow_String, float>* MakeWriteMapString2Prim(float const& type);
+  virtual cls_WriteMapKey2Prim<cow_String, int>* MakeWriteMapString2Prim(int const& type);
+  virtual cls_WriteMapKey2Prim<cow_String, cow_String>* MakeWriteMapString2Prim(cow_String const& type);
+  virtual cls_WriteMapKey2Prim<cow_String, unsigned int>* MakeWriteMapString2Prim(unsigned int const& type);
+  virtual cls_WriteIntTableInt* MakeAltWriteIntTableInt(int const& type);
+  virtual cls_AgentMapKey2Obj<int>* MakeAgentMapInt2Obj();
+  virtual cls_AgentMapKey2Obj<cow_String>* MakeAgentMapString2Obj();
+
+  // Writes the object proxy stands for into field without loading it
+  // (cls_AgentProxy::Transfer); false when the caller must load and write
+  // it. Here: false.
+  virtual bool CopyBranch(cls_AgentProxy* proxy, cls_FieldHandle const& field);
 
   // Raises when the collection that implements member is not the one its
   // class declares.

@@ -12,6 +12,7 @@
 #include <type_traits>
 
 class cls_AgentListObj;
+class cls_AgentRequest;
 class cls_Uid;
 class cls_WriteListObj;
 
@@ -46,6 +47,9 @@ public:
   // as a copy-on-write value or by address; either or both may be null.
   cls_WriteVisitor(cls_WriteListObj& list, cls_CowValue const* cow, void const* ptr);
   cls_WriteVisitor(cls_AgentListObj& agent, int index, cls_CowValue const* cow, void const* ptr);
+  // The object of the element that request names (a map's entry), which
+  // outlives the visitor.
+  cls_WriteVisitor(cls_AgentRequest const& request, cls_CowValue const* cow, void const* ptr);
   cls_WriteVisitor(cls_WriteVisitor const&) = delete;
   cls_WriteVisitor& operator=(cls_WriteVisitor const&) = delete;
   ~cls_WriteVisitor();
@@ -98,6 +102,7 @@ private:
   unsigned int m_BaseClass = 0;
   cls_WriteListObj* m_List = nullptr;
   cls_AgentListObj* m_Agent = nullptr;
+  cls_AgentRequest const* m_Request = nullptr;
   int m_Index = 0;
   mutable cls_MementoWrite* m_Memento = nullptr;
   mutable bool m_Started = false;

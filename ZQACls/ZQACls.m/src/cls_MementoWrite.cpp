@@ -17,3 +17,27 @@ cls_AgentListPrim<int>* cls_MementoWrite::MakeAgentListInt(int) { return nullptr
 cls_AgentListPrim<cow_String>* cls_MementoWrite::MakeAgentListString(int) { return nullptr; }
 cls_AgentListPrim<unsigned int>* cls_MementoWrite::MakeAgentListUint(int) { return nullptr; }
 cls_AgentBlob* cls_MementoWrite::MakeAgentBlob() { return nullptr; }
+
+cls_WriteMapKey2Obj<int>* cls_MementoWrite::MakeWriteMapInt2Obj() { return nullptr; }
+cls_WriteMapKey2Obj<int>* cls_MementoWrite::MakeAltWriteMapInt2Obj() { return nullptr; }
+cls_WriteMapKey2Obj<cow_String>* cls_MementoWrite::MakeWriteMapString2Obj() { return nullptr; }
+cls_WriteMapKey2Prim<int, double>* cls_MementoWrite::MakeWriteMapInt2Prim(double const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, float>* cls_MementoWrite::MakeWriteMapInt2Prim(float const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, int>* cls_MementoWrite::MakeWriteMapInt2Prim(int const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, cow_String>* cls_MementoWrite::MakeWriteMapInt2Prim(cow_String const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, unsigned int>* cls_MementoWrite::MakeWriteMapInt2Prim(unsigned int const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, double>* cls_MementoWrite::MakeAltWriteMapInt2Prim(double const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, float>* cls_MementoWrite::MakeAltWriteMapInt2Prim(float const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, int>* cls_MementoWrite::MakeAltWriteMapInt2Prim(int const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, cow_String>* cls_MementoWrite::MakeAltWriteMapInt2Prim(cow_String const&) { return nullptr; }
+cls_WriteMapKey2Prim<int, unsigned int>* cls_MementoWrite::MakeAltWriteMapInt2Prim(unsigned int const&) { return nullptr; }
+cls_WriteMapKey2Prim<cow_String, double>* cls_MementoWrite::MakeWriteMapString2Prim(double const&) { return nullptr; }
+cls_WriteMapKey2Prim<cow_String, float>* cls_MementoWrite::MakeWriteMapString2Prim(float const&) { return nullptr; }
+cls_WriteMapKey2Prim<cow_String, int>* cls_MementoWrite::MakeWriteMapString2Prim(int const&) { return nullptr; }
+cls_WriteMapKey2Prim<cow_String, cow_String>* cls_MementoWrite::MakeWriteMapString2Prim(cow_String const&) { return nullptr; }
+cls_WriteMapKey2Prim<cow_String, unsigned int>* cls_MementoWrite::MakeWriteMapString2Prim(unsigned int const&) { return nullptr; }
+cls_WriteIntTableInt* cls_MementoWrite::MakeWriteIntTableInt(int const&) { return nullptr; }
+cls_WriteIntTableInt* cls_MementoWrite::MakeAltWriteIntTableInt(int const&) { return nullptr; }
+cls_AgentMapKey2Obj<int>* cls_MementoWrite::MakeAgentMapInt2Obj() { return nullptr; }
+cls_AgentMapKey2Obj<cow_String>* cls_MementoWrite::MakeAgentMapString2Obj() { return nullptr; }
+bool cls_MementoWrite::CopyBranch(cls_AgentProxy*, cls_FieldHandle const&) { return false; }

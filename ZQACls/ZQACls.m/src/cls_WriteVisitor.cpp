@@ -2,6 +2,7 @@
 
 #include "ZQABasAssert.h"
 #include "cls_AgentListObj.h"
+#include "cls_AgentRequest.h"
 #include "cls_WriteListObj.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
@@ -38,6 +39,10 @@ cls_WriteVisitor::cls_WriteVisitor(cls_WriteListObj& list, cls_CowValue const* c
 cls_WriteVisitor::cls_WriteVisitor(cls_AgentListObj& agent, int index, cls_CowValue const* cow, void const* ptr)
     : m_Form(Form::kElement), m_Field(kNoField, cow_String()), m_Cow(cow ? *cow : cls_CowValue()), m_Pointer(ptr),
       m_Agent(&agent), m_Index(index) {}
+
+cls_WriteVisitor::cls_WriteVisitor(cls_AgentRequest const& request, cls_CowValue const* cow, void const* ptr)
+    : m_Form(Form::kElement), m_Field(kNoField, cow_String()), m_Cow(cow ? *cow : cls_CowValue()), m_Pointer(ptr),
+      m_Request(&request) {}
 
 cls_WriteVisitor::~cls_WriteVisitor() {
   if (m_Memento != nullptr && m_Memento->NeedsDeletion()) delete m_Memento;
@@ -76,6 +81,8 @@ cls_MementoWrite* cls_WriteVisitor::MakeElementRow(unsigned int cid, cls_Uid con
   // As for a member: a shared value wins over an address.
   bool const byValue = m_Cow.HasValue() || m_Pointer == nullptr;
   cls_CowValue const* cow = m_Cow.HasValue() ? &m_Cow : nullptr;
+  if (m_Request != nullptr)
+    return byValue ? m_Request->MakeWriteObj(cid, uid, cow) : m_Request->MakeWriteObjWithPtr(cid, uid, m_Pointer);
   if (m_List != nullptr)
     return byValue ? m_List->MakeWriteObj(cid, uid, cow) : m_List->MakeWriteObjWithPtr(cid, uid, m_Pointer);
   return byValue ? m_Agent->MakeWriteObj(m_Index, cid, uid, cow)
