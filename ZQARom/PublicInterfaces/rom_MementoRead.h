@@ -69,18 +69,48 @@ public:
   cls_AgentListPrim<unsigned int>* MakeAgentListUint() override;
   cls_AgentBlob* MakeAgentBlob() override;
 
+  cls_ReadMapInt2Obj* MakeReadMapInt2Obj() override;
+  cls_ReadMapInt2Obj* MakeAltReadMapInt2Obj() override;
+  cls_ReadMapKey2Obj<cow_String>* MakeReadMapString2Obj() override;
+  cls_ReadMapKey2Prim<int, double>* MakeReadMapInt2Prim(double const& type) override;
+  cls_ReadMapKey2Prim<int, float>* MakeReadMapInt2Prim(float const& type) override;
+  cls_ReadMapKey2Prim<int, int>* MakeReadMapInt2Prim(int const& type) override;
+  cls_ReadMapKey2Prim<int, cow_String>* MakeReadMapInt2Prim(cow_String const& type) override;
+  cls_ReadMapKey2Prim<int, unsigned int>* MakeReadMapInt2Prim(unsigned int const& type) override;
+  cls_ReadIntTableInt* MakeReadIntTableInt(int const& type) override;
+  cls_ReadMapKey2Prim<int, double>* MakeAltReadMapInt2Prim(double const& type) override;
+  cls_ReadMapKey2Prim<int, float>* MakeAltReadMapInt2Prim(float const& type) override;
+  cls_ReadMapKey2Prim<int, int>* MakeAltReadMapInt2Prim(int const& type) override;
+  cls_ReadMapKey2Prim<int, cow_String>* MakeAltReadMapInt2Prim(cow_String const& type) override;
+  cls_ReadMapKey2Prim<int, unsigned int>* MakeAltReadMapInt2Prim(unsigned int const& type) override;
+  cls_ReadMapKey2Prim<cow_String, double>* MakeReadMapString2Prim(double const& type) override;
+  cls_ReadMapKey2Prim<cow_String, float>* MakeReadMapString2Prim(float const& type) override;
+  cls_ReadMapKey2Prim<cow_String, int>* MakeReadMapString2Prim(int const& type) override;
+  cls_ReadMapKey2Prim<cow_String, cow_String>* MakeReadMapString2Prim(cow_String const& type) override;
+  cls_ReadMapKey2Prim<cow_String, unsigned int>* MakeReadMapString2Prim(unsigned int const& type) override;
+  cls_ReadIntTableInt* MakeAltReadIntTableInt(int const& type) override;
+  cls_AgentMapKey2Obj<int>* MakeAgentMapInt2Obj() override;
+  cls_AgentMapKey2Obj<cow_String>* MakeAgentMapString2Obj() override;
+
   unsigned int ClassId() const { return m_Cid; }
   int Oid() const { return m_Row.IsNull() ? -1 : m_Row.Location(); }
 
 private:
-  // The store's handle; false when the row holds none.
-  bool CollectionHandle(rfm_Handle& handle) const;
+  // The store's handle in the row's column handleColumn; false when the row
+  // holds none.
+  bool CollectionHandle(rfm_Handle& handle, int handleColumn) const;
   // The list's column count; raises for one below 1, which no list has.
   int CollectionColumns() const;
   template <class Reader>
   Reader* MakeReader();
   template <class Agent>
   Agent* MakeAgent();
+  // A map's reader, or agent, on the handle in the row's column
+  // handleColumn.
+  template <class Reader>
+  Reader* MakeMapReader(int handleColumn);
+  template <class Agent>
+  Agent* MakeMapAgent();
   // The reference in field; false for a null one.
   bool ReadReference(cls_FieldHandle const& field, unsigned int& cid, int& oid) const;
   // The memento of the row (cid, oid) with the identity its history gives it.

@@ -75,6 +75,29 @@ public:
   cls_AgentListPrim<unsigned int>* MakeAgentListUint(int columns) override;
   cls_AgentBlob* MakeAgentBlob() override;
 
+  cls_WriteMapKey2Obj<int>* MakeWriteMapInt2Obj() override;
+  cls_WriteMapKey2Obj<int>* MakeAltWriteMapInt2Obj() override;
+  cls_WriteMapKey2Obj<cow_String>* MakeWriteMapString2Obj() override;
+  cls_WriteMapKey2Prim<int, double>* MakeWriteMapInt2Prim(double const& type) override;
+  cls_WriteMapKey2Prim<int, float>* MakeWriteMapInt2Prim(float const& type) override;
+  cls_WriteMapKey2Prim<int, int>* MakeWriteMapInt2Prim(int const& type) override;
+  cls_WriteMapKey2Prim<int, cow_String>* MakeWriteMapInt2Prim(cow_String const& type) override;
+  cls_WriteMapKey2Prim<int, unsigned int>* MakeWriteMapInt2Prim(unsigned int const& type) override;
+  cls_WriteIntTableInt* MakeWriteIntTableInt(int const& type) override;
+  cls_WriteMapKey2Prim<int, double>* MakeAltWriteMapInt2Prim(double const& type) override;
+  cls_WriteMapKey2Prim<int, float>* MakeAltWriteMapInt2Prim(float const& type) override;
+  cls_WriteMapKey2Prim<int, int>* MakeAltWriteMapInt2Prim(int const& type) override;
+  cls_WriteMapKey2Prim<int, cow_String>* MakeAltWriteMapInt2Prim(cow_String const& type) override;
+  cls_WriteMapKey2Prim<int, unsigned int>* MakeAltWriteMapInt2Prim(unsigned int const& type) override;
+  cls_WriteMapKey2Prim<cow_String, double>* MakeWriteMapString2Prim(double const& type) override;
+  cls_WriteMapKey2Prim<cow_String, float>* MakeWriteMapString2Prim(float const& type) override;
+  cls_WriteMapKey2Prim<cow_String, int>* MakeWriteMapString2Prim(int const& type) override;
+  cls_WriteMapKey2Prim<cow_String, cow_String>* MakeWriteMapString2Prim(cow_String const& type) override;
+  cls_WriteMapKey2Prim<cow_String, unsigned int>* MakeWriteMapString2Prim(unsigned int const& type) override;
+  cls_WriteIntTableInt* MakeAltWriteIntTableInt(int const& type) override;
+  cls_AgentMapKey2Obj<int>* MakeAgentMapInt2Obj() override;
+  cls_AgentMapKey2Obj<cow_String>* MakeAgentMapString2Obj() override;
+
   void CheckCollectionType(cls_CollectionType implemented, cow_String const& member) const override;
   void StartSharedPtrOutput() override;
   void EndSharedPtrOutput() override;
@@ -98,10 +121,14 @@ public:
                                             char const* mismatch);
 
 private:
+  // The collection's writer, or agent, on the handle in the row's column
+  // handleColumn.
   template <class Writer>
-  Writer* MakeWriter(int columns);
+  Writer* MakeWriter(int columns, int handleColumn);
   template <class Agent>
   Agent* MakeAgent(int columns);
+  template <class Agent>
+  Agent* MakeMapAgent();
   // The memento of the collection row field refers to already, when it is
   // a row of the collection class cid: an owner rewritten writes its
   // collections over in place. Null otherwise.

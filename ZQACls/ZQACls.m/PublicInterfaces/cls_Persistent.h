@@ -6,6 +6,7 @@
 #include "atr_translate.h"
 #include "cls_ClassRegistrar.h"
 #include "cls_PersistentCollection.h"
+#include "cls_PersistentMap.h"
 #include "cls_PersistentMember.h"
 #include "cls_PersistentMetadata.h"
 #include "cls_Uid.h"
@@ -28,7 +29,9 @@
 // bool, float, double, cow_String, or cow_COW<U> of a persistent U, a
 // reference to U's class); std::vector of int, unsigned int, double, float,
 // cow_String or bool is a list of values, std::vector<cow_COW<U>> a list of
-// objects, std::vector<char> a blob. The class has no base class, is default
+// objects, std::vector<char> a blob; std::map from int, unsigned int or
+// cow_String to double, float, int, unsigned int, cow_String or cow_COW<U>
+// is a map. The class has no base class, is default
 // constructible, and is held in cow_COW<T> where it is shared.
 //
 // Invariant: no two members share a field id or a name. A description is a
@@ -68,6 +71,14 @@ public:
   }
   cls_Persistent& Member(int fieldId, cow_String const& name, std::vector<char> T::*member) {
     return Add(std::make_shared<cls_PersistentBlob<T> const>(cls_FieldHandle(fieldId, name), member));
+  }
+  template <class K, class V>
+  cls_Persistent& Member(int fieldId, cow_String const& name, std::map<K, V> T::*member) {
+    return Add(std::make_shared<cls_PersistentValueMap<T, K, V> const>(cls_FieldHandle(fieldId, name), member));
+  }
+  template <class K, class U>
+  cls_Persistent& Member(int fieldId, cow_String const& name, std::map<K, cow_COW<U>> T::*member) {
+    return Add(std::make_shared<cls_PersistentObjectMap<T, K, U> const>(cls_FieldHandle(fieldId, name), member));
   }
 
   // Registers the class's metadata; raises when no identity was declared.

@@ -136,11 +136,27 @@ inline constexpr char kRomTargetName[] = "Target";
 // for a list, the number of elements in one of its logical rows.
 constexpr int kRomTargetHandleColumn = 0;
 constexpr int kRomTargetColumnsColumn = 1;
+// A double collection's row holds the second collection's handle there.
+constexpr int kRomTargetHandle2Column = 1;
 
 // The tables that hold lists: references to objects, and, in older files,
 // strings.
 inline constexpr char kRomListTableName[] = "##List";
 inline constexpr char kRomStringArrayTableName[] = "##StringArray";
+
+// The tables that hold maps: string or int keys to objects, and to values
+// (an unsigned value is the int of the same bits; a map of int pairs is an
+// "int table" too).
+inline constexpr char kRomMapTableName[] = "##Map";
+inline constexpr char kRomMapInt2ObjTableName[] = "##MapInt2Obj";
+inline constexpr char kRomMapString2DoubleTableName[] = "##MapString2Double";
+inline constexpr char kRomMapString2FloatTableName[] = "##MapString2Float";
+inline constexpr char kRomMapString2IntTableName[] = "##MapString2Int";
+inline constexpr char kRomMapString2StringTableName[] = "##MapString2String";
+inline constexpr char kRomMapInt2DoubleTableName[] = "##MapInt2Double";
+inline constexpr char kRomMapInt2FloatTableName[] = "##MapInt2Float";
+inline constexpr char kRomMapInt2IntTableName[] = "##MapInt2Int";
+inline constexpr char kRomMapInt2StringTableName[] = "##MapInt2String";
 
 // Whether a catalogue row records its class's version: catalogues of old
 // files lack the field, and a row whose field holds no data counts as

@@ -5,6 +5,7 @@
 #include "cls_AttributeType.h"
 #include "cls_Static.h"
 #include "rfm_FieldHandle.h"
+#include "rom_ElementReference.h"
 #include "rom_ExtentQuanta.h"
 #include "rom_HeaderLayout.h"
 #include "rom_MementoRead.h"
@@ -28,18 +29,6 @@ rfm_Table NewListTable(rom_Transporter& transporter) {
   return table;
 }
 
-bool BothPresent(rfm_Row const& row) {
-  return !row.IsNull() && row.DataIsPresent(kOidColumn) && row.DataIsPresent(kClassIdColumn);
-}
-
-// The element's reference in row; false for a null element: no data in
-// either column, or the stored null reference.
-bool ElementReference(rfm_Row const& row, unsigned int& cid, int& oid) {
-  if (!BothPresent(row)) return false;
-  oid = row.ReadFieldInt(kOidColumn);
-  cid = static_cast<unsigned int>(row.ReadFieldInt(kClassIdColumn));
-  return !(cid == cls_kNoClass && oid < 0);
-}
 }  // namespace
 
 rom_WriteListObj::rom_WriteListObj(rom_Transporter& transporter)
@@ -78,19 +67,19 @@ bool rom_ReadListObj::Next() {
 void* rom_ReadListObj::ReadObjPtr(unsigned int cid) {
   unsigned int stored = cls_kNoClass;
   int oid = -1;
-  if (!ElementReference(m_Current, stored, oid)) return nullptr;
+  if (!rom_ElementReference::Read(m_Current, stored, oid)) return nullptr;
   return m_Transporter->CheckReadObjPtr(oid, stored, cid);
 }
 
 cls_CowValue const& rom_ReadListObj::ReadObjCow(unsigned int cid) {
   unsigned int stored = cls_kNoClass;
   int oid = -1;
-  if (!ElementReference(m_Current, stored, oid)) return cls_Static::ConstIntCOW();
+  if (!rom_ElementReference::Read(m_Current, stored, oid)) return cls_Static::ConstIntCOW();
   return m_Transporter->CheckReadObjCow(oid, stored, cid);
 }
 
 cls_MementoRead* rom_ReadListObj::MakeReadObj() {
-  if (!BothPresent(m_Current)) nex_ThrowMessage(kSourcePath, __LINE__, atr_translate(kNotAvailable));
+  if (!rom_ElementReference::BothPresent(m_Current)) nex_ThrowMessage(kSourcePath, __LINE__, atr_translate(kNotAvailable));
   int const oid = m_Current.ReadFieldInt(kOidColumn);
   if (oid < 0) return nullptr;
   unsigned int const cid = static_cast<unsigned int>(m_Current.ReadFieldInt(kClassIdColumn));
@@ -111,7 +100,7 @@ rom_AgentListObj::rom_AgentListObj(rom_Transporter& transporter, int oid)
 cls_CowValue const& rom_AgentListObj::Get(int index, unsigned int cid) {
   unsigned int stored = cls_kNoClass;
   int oid = -1;
-  if (!ElementReference(m_Table.ReadRow(index), stored, oid)) return cls_Static::ConstIntCOW();
+  if (!rom_ElementReference::Read(m_Table.ReadRow(index), stored, oid)) return cls_Static::ConstIntCOW();
   return m_Transporter->CheckReadObjCow(oid, stored, cid);
 }
 

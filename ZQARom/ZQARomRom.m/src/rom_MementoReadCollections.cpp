@@ -1,5 +1,5 @@
-// The read memento's collections: the readers and agents of the list or
-// blob that its row, a row of a collection class, holds.
+// The read memento's collections: the readers and agents of the list, map
+// or blob that its row, a row of a collection class, holds.
 #include "ZQABasAssert.h"
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
@@ -11,6 +11,9 @@
 #include "rom_HeaderLayout.h"
 #include "rom_ListObj.h"
 #include "rom_ListPrim.h"
+#include "rom_AgentMapKey2Obj.h"
+#include "rom_MapObj.h"
+#include "rom_MapPrim.h"
 #include "rom_MementoRead.h"
 #include "rom_Transporter.h"
 #include "typ_ArchCompTable.h"
@@ -25,7 +28,6 @@ char const kNotACollection[] =
     "rom_MementoRead::MakeReadCollection - Member %s of %s[%d] in %s refers to %s[%d], not to a collection of class "
     "%s.";
 
-rfm_FieldHandle const kHandle(kRomTargetHandleColumn);
 rfm_FieldHandle const kColumns(kRomTargetColumnsColumn);
 
 // A list whose row holds no column count has one.
@@ -49,9 +51,10 @@ cls_MementoRead* rom_MementoRead::MakeReadCollection(cls_FieldHandle const& fiel
   return MakeMemento(stored, oid);
 }
 
-bool rom_MementoRead::CollectionHandle(rfm_Handle& handle) const {
-  if (m_Row.IsNull() || !m_Row.DataIsPresent(kHandle)) return false;
-  handle = m_Row.ReadFieldHandle(kHandle);
+bool rom_MementoRead::CollectionHandle(rfm_Handle& handle, int handleColumn) const {
+  rfm_FieldHandle const field(handleColumn);
+  if (m_Row.IsNull() || !m_Row.DataIsPresent(field)) return false;
+  handle = m_Row.ReadFieldHandle(field);
   return true;
 }
 
@@ -68,14 +71,14 @@ int rom_MementoRead::CollectionColumns() const {
 template <class Reader>
 Reader* rom_MementoRead::MakeReader() {
   rfm_Handle handle;
-  if (!CollectionHandle(handle)) return nullptr;
+  if (!CollectionHandle(handle, kRomTargetHandleColumn)) return nullptr;
   return new Reader(*m_Transporter, handle, CollectionColumns());
 }
 
 template <class Agent>
 Agent* rom_MementoRead::MakeAgent() {
   rfm_Handle handle;
-  if (!CollectionHandle(handle)) return nullptr;
+  if (!CollectionHandle(handle, kRomTargetHandleColumn)) return nullptr;
   return new Agent(*m_Transporter, Oid(), handle, CollectionColumns());
 }
 
@@ -105,11 +108,22 @@ cls_ReadListPrim<bool>* rom_MementoRead::MakeReadListPrim(bool const&) {
   return MakeReader<rom_ReadListPrim<bool, rom_ArrayBool>>();
 }
 
-cls_AgentListObj* rom_MementoRead::MakeAgentListObj() {
+template <class Reader>
+Reader* rom_MementoRead::MakeMapReader(int handleColumn) {
   rfm_Handle handle;
-  if (!CollectionHandle(handle)) return nullptr;
-  return new rom_AgentListObj(*m_Transporter, Oid(), handle);
+  if (!CollectionHandle(handle, handleColumn)) return nullptr;
+  return new Reader(*m_Transporter, handle);
 }
+
+// An agent of a list or map of objects, which keeps no column count.
+template <class Agent>
+Agent* rom_MementoRead::MakeMapAgent() {
+  rfm_Handle handle;
+  if (!CollectionHandle(handle, kRomTargetHandleColumn)) return nullptr;
+  return new Agent(*m_Transporter, Oid(), handle);
+}
+
+cls_AgentListObj* rom_MementoRead::MakeAgentListObj() { return MakeMapAgent<rom_AgentListObj>(); }
 
 cls_AgentListPrim<bool>* rom_MementoRead::MakeAgentListBool() {
   return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>();
@@ -135,6 +149,94 @@ cls_AgentListPrim<unsigned int>* rom_MementoRead::MakeAgentListUint() {
 
 cls_AgentBlob* rom_MementoRead::MakeAgentBlob() {
   rfm_Handle handle;
-  if (!CollectionHandle(handle)) return nullptr;
+  if (!CollectionHandle(handle, kRomTargetHandleColumn)) return nullptr;
   return new rom_AgentBlob(*m_Transporter, handle);
+}
+
+cls_ReadMapInt2Obj* rom_MementoRead::MakeReadMapInt2Obj() {
+  return MakeMapReader<rom_ReadMapInt2Obj>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapInt2Obj* rom_MementoRead::MakeAltReadMapInt2Obj() {
+  return MakeMapReader<rom_ReadMapInt2Obj>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Obj<cow_String>* rom_MementoRead::MakeReadMapString2Obj() {
+  return MakeMapReader<rom_ReadMapString2Obj>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, double>* rom_MementoRead::MakeReadMapInt2Prim(double const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<double, rom_ArrayInt2Double>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, float>* rom_MementoRead::MakeReadMapInt2Prim(float const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<float, rom_ArrayInt2Float>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, int>* rom_MementoRead::MakeReadMapInt2Prim(int const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<int, rom_ArrayInt2Int>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, cow_String>* rom_MementoRead::MakeReadMapInt2Prim(cow_String const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<cow_String, rom_ArrayInt2String>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, unsigned int>* rom_MementoRead::MakeReadMapInt2Prim(unsigned int const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<unsigned int, rom_ArrayInt2Uint>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<int, double>* rom_MementoRead::MakeAltReadMapInt2Prim(double const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<double, rom_ArrayInt2Double>>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Prim<int, float>* rom_MementoRead::MakeAltReadMapInt2Prim(float const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<float, rom_ArrayInt2Float>>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Prim<int, int>* rom_MementoRead::MakeAltReadMapInt2Prim(int const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<int, rom_ArrayInt2Int>>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Prim<int, cow_String>* rom_MementoRead::MakeAltReadMapInt2Prim(cow_String const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<cow_String, rom_ArrayInt2String>>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Prim<int, unsigned int>* rom_MementoRead::MakeAltReadMapInt2Prim(unsigned int const&) {
+  return MakeMapReader<rom_ReadMapInt2Prim<unsigned int, rom_ArrayInt2Uint>>(kRomTargetHandle2Column);
+}
+
+cls_ReadMapKey2Prim<cow_String, double>* rom_MementoRead::MakeReadMapString2Prim(double const&) {
+  return MakeMapReader<rom_ReadMapString2Prim<double, rom_ArrayString2Double>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<cow_String, float>* rom_MementoRead::MakeReadMapString2Prim(float const&) {
+  return MakeMapReader<rom_ReadMapString2Prim<float, rom_ArrayString2Float>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<cow_String, int>* rom_MementoRead::MakeReadMapString2Prim(int const&) {
+  return MakeMapReader<rom_ReadMapString2Prim<int, rom_ArrayString2Int>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<cow_String, cow_String>* rom_MementoRead::MakeReadMapString2Prim(cow_String const&) {
+  return MakeMapReader<rom_ReadMapString2Prim<cow_String, rom_ArrayString2String>>(kRomTargetHandleColumn);
+}
+
+cls_ReadMapKey2Prim<cow_String, unsigned int>* rom_MementoRead::MakeReadMapString2Prim(unsigned int const&) {
+  return MakeMapReader<rom_ReadMapString2Prim<unsigned int, rom_ArrayString2Uint>>(kRomTargetHandleColumn);
+}
+
+cls_ReadIntTableInt* rom_MementoRead::MakeReadIntTableInt(int const&) {
+  return MakeMapReader<rom_ReadIntTableInt>(kRomTargetHandleColumn);
+}
+
+cls_ReadIntTableInt* rom_MementoRead::MakeAltReadIntTableInt(int const&) {
+  return MakeMapReader<rom_ReadIntTableInt>(kRomTargetHandle2Column);
+}
+
+cls_AgentMapKey2Obj<int>* rom_MementoRead::MakeAgentMapInt2Obj() {
+  return MakeMapAgent<rom_AgentMapKey2Obj<int>>();
+}
+
+cls_AgentMapKey2Obj<cow_String>* rom_MementoRead::MakeAgentMapString2Obj() {
+  return MakeMapAgent<rom_AgentMapKey2Obj<cow_String>>();
 }

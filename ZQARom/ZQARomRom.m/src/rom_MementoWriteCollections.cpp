@@ -1,5 +1,5 @@
-// The write memento's collections: the writers and agents of the list or
-// blob that its row, a row of a collection class, holds.
+// The write memento's collections: the writers and agents of the list, map
+// or blob that its row, a row of a collection class, holds.
 #include "ZQABasAssert.h"
 #include "cls_FieldHandle.h"
 #include "rom_AgentBlob.h"
@@ -9,13 +9,15 @@
 #include "rom_HeaderLayout.h"
 #include "rom_ListObj.h"
 #include "rom_ListPrim.h"
+#include "rom_AgentMapKey2Obj.h"
+#include "rom_MapObj.h"
+#include "rom_MapPrim.h"
 #include "rom_MementoWrite.h"
 #include "rom_Transporter.h"
 
 #include <memory>
 
 namespace {
-rfm_FieldHandle const kHandle(kRomTargetHandleColumn);
 rfm_FieldHandle const kColumns(kRomTargetColumnsColumn);
 
 // A row's object id and class id in a reference's columns.
@@ -26,19 +28,21 @@ bool StoredReference(rfm_Row const& row, rfm_FieldHandle const& oid, rfm_FieldHa
   return true;
 }
 
-// The store that a collection row's handle names, opened by open, or one
-// made by make, whose handle the row then takes; a list's column count,
-// unless kNoColumns, goes to the row either way.
+// The store that a collection row's handle (in column handleColumn) names,
+// opened by open, or one made by make, whose handle the row then takes; a
+// list's column count, unless kNoColumns, goes to the row either way.
 constexpr int kNoColumns = -1;
 
 template <class Made, class Open, class Make>
-Made* OpenOrMake(rfm_Row const& row, Open const& open, Make const& make, int columns) {
+Made* OpenOrMake(rfm_Row const& row, Open const& open, Make const& make, int columns,
+                 int handleColumn = kRomTargetHandleColumn) {
+  rfm_FieldHandle const handle(handleColumn);
   std::unique_ptr<Made> made;
-  if (row.DataIsPresent(kHandle)) {
-    made = open(row.ReadFieldHandle(kHandle));
+  if (row.DataIsPresent(handle)) {
+    made = open(row.ReadFieldHandle(handle));
   } else {
     made = make();
-    row.WriteFieldHandle(kHandle, made->Handle());
+    row.WriteFieldHandle(handle, made->Handle());
   }
   if (columns != kNoColumns) row.WriteFieldInt(kColumns, columns);
   return made.release();
@@ -60,12 +64,12 @@ rom_MementoWrite* rom_MementoWrite::ExistingCollection(cls_FieldHandle const& fi
 
 // A writer empties a list the row holds already.
 template <class Writer>
-Writer* rom_MementoWrite::MakeWriter(int columns) {
+Writer* rom_MementoWrite::MakeWriter(int columns, int handleColumn) {
   if (m_Row.IsNull()) return nullptr;
   rom_Transporter& transporter = *m_Transporter;
   return OpenOrMake<Writer>(
       m_Row, [&](rfm_Handle const& handle) { return std::make_unique<Writer>(transporter, handle); },
-      [&] { return std::make_unique<Writer>(transporter); }, columns);
+      [&] { return std::make_unique<Writer>(transporter); }, columns, handleColumn);
 }
 
 // An agent is told the row's object id; one opened on a list the row holds
@@ -85,45 +89,49 @@ Agent* rom_MementoWrite::MakeAgent(int columns) {
       [&] { return std::make_unique<Agent>(transporter, oid, columns); }, columns);
 }
 
-cls_WriteListObj* rom_MementoWrite::MakeWriteListObj(int columns) { return MakeWriter<rom_WriteListObj>(columns); }
+cls_WriteListObj* rom_MementoWrite::MakeWriteListObj(int columns) { return MakeWriter<rom_WriteListObj>(columns, kRomTargetHandleColumn); }
 
 cls_WriteListPrim<int>* rom_MementoWrite::MakeWriteListPrim(int const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<int, rom_ArrayInt>>(columns);
+  return MakeWriter<rom_WriteListPrim<int, rom_ArrayInt>>(columns, kRomTargetHandleColumn);
 }
 
 cls_WriteListPrim<unsigned int>* rom_MementoWrite::MakeWriteListPrim(unsigned int const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<unsigned int, rom_ArrayUint>>(columns);
+  return MakeWriter<rom_WriteListPrim<unsigned int, rom_ArrayUint>>(columns, kRomTargetHandleColumn);
 }
 
 cls_WriteListPrim<double>* rom_MementoWrite::MakeWriteListPrim(double const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<double, rom_ArrayDouble>>(columns);
+  return MakeWriter<rom_WriteListPrim<double, rom_ArrayDouble>>(columns, kRomTargetHandleColumn);
 }
 
 cls_WriteListPrim<float>* rom_MementoWrite::MakeWriteListPrim(float const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<float, rom_ArrayFloat>>(columns);
+  return MakeWriter<rom_WriteListPrim<float, rom_ArrayFloat>>(columns, kRomTargetHandleColumn);
 }
 
 cls_WriteListPrim<cow_String>* rom_MementoWrite::MakeWriteListPrim(cow_String const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<cow_String, rom_ArrayString>>(columns);
+  return MakeWriter<rom_WriteListPrim<cow_String, rom_ArrayString>>(columns, kRomTargetHandleColumn);
 }
 
 cls_WriteListPrim<bool>* rom_MementoWrite::MakeWriteListPrim(bool const&, int columns) {
-  return MakeWriter<rom_WriteListPrim<bool, rom_ArrayBool>>(columns);
+  return MakeWriter<rom_WriteListPrim<bool, rom_ArrayBool>>(columns, kRomTargetHandleColumn);
 }
 
-cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() {
+// An agent of a list or map of objects, which keeps no column count.
+template <class Agent>
+Agent* rom_MementoWrite::MakeMapAgent() {
   if (m_Row.IsNull()) return nullptr;
   rom_Transporter& transporter = *m_Transporter;
   int const oid = Oid();
-  return OpenOrMake<rom_AgentListObj>(
+  return OpenOrMake<Agent>(
       m_Row,
       [&](rfm_Handle const& handle) {
-        auto agent = std::make_unique<rom_AgentListObj>(transporter, oid, handle);
+        auto agent = std::make_unique<Agent>(transporter, oid, handle);
         agent->Clear();
         return agent;
       },
-      [&] { return std::make_unique<rom_AgentListObj>(transporter, oid); }, kNoColumns);
+      [&] { return std::make_unique<Agent>(transporter, oid); }, kNoColumns);
 }
+
+cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() { return MakeMapAgent<rom_AgentListObj>(); }
 
 cls_AgentListPrim<bool>* rom_MementoWrite::MakeAgentListBool(int columns) {
   return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>(columns);
@@ -156,4 +164,92 @@ cls_AgentBlob* rom_MementoWrite::MakeAgentBlob() {
   return OpenOrMake<rom_AgentBlob>(
       m_Row, [&](rfm_Handle const& handle) { return std::make_unique<rom_AgentBlob>(transporter, handle); },
       [&] { return std::make_unique<rom_AgentBlob>(transporter); }, kNoColumns);
+}
+
+cls_WriteMapKey2Obj<int>* rom_MementoWrite::MakeWriteMapInt2Obj() {
+  return MakeWriter<rom_WriteMapInt2Obj>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Obj<int>* rom_MementoWrite::MakeAltWriteMapInt2Obj() {
+  return MakeWriter<rom_WriteMapInt2Obj>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Obj<cow_String>* rom_MementoWrite::MakeWriteMapString2Obj() {
+  return MakeWriter<rom_WriteMapString2Obj>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, double>* rom_MementoWrite::MakeWriteMapInt2Prim(double const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<double, rom_ArrayInt2Double>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, float>* rom_MementoWrite::MakeWriteMapInt2Prim(float const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<float, rom_ArrayInt2Float>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, int>* rom_MementoWrite::MakeWriteMapInt2Prim(int const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<int, rom_ArrayInt2Int>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, cow_String>* rom_MementoWrite::MakeWriteMapInt2Prim(cow_String const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<cow_String, rom_ArrayInt2String>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, unsigned int>* rom_MementoWrite::MakeWriteMapInt2Prim(unsigned int const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<unsigned int, rom_ArrayInt2Uint>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<int, double>* rom_MementoWrite::MakeAltWriteMapInt2Prim(double const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<double, rom_ArrayInt2Double>>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Prim<int, float>* rom_MementoWrite::MakeAltWriteMapInt2Prim(float const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<float, rom_ArrayInt2Float>>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Prim<int, int>* rom_MementoWrite::MakeAltWriteMapInt2Prim(int const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<int, rom_ArrayInt2Int>>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Prim<int, cow_String>* rom_MementoWrite::MakeAltWriteMapInt2Prim(cow_String const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<cow_String, rom_ArrayInt2String>>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Prim<int, unsigned int>* rom_MementoWrite::MakeAltWriteMapInt2Prim(unsigned int const&) {
+  return MakeWriter<rom_WriteMapInt2Prim<unsigned int, rom_ArrayInt2Uint>>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_WriteMapKey2Prim<cow_String, double>* rom_MementoWrite::MakeWriteMapString2Prim(double const&) {
+  return MakeWriter<rom_WriteMapString2Prim<double, rom_ArrayString2Double>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<cow_String, float>* rom_MementoWrite::MakeWriteMapString2Prim(float const&) {
+  return MakeWriter<rom_WriteMapString2Prim<float, rom_ArrayString2Float>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<cow_String, int>* rom_MementoWrite::MakeWriteMapString2Prim(int const&) {
+  return MakeWriter<rom_WriteMapString2Prim<int, rom_ArrayString2Int>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<cow_String, cow_String>* rom_MementoWrite::MakeWriteMapString2Prim(cow_String const&) {
+  return MakeWriter<rom_WriteMapString2Prim<cow_String, rom_ArrayString2String>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteMapKey2Prim<cow_String, unsigned int>* rom_MementoWrite::MakeWriteMapString2Prim(unsigned int const&) {
+  return MakeWriter<rom_WriteMapString2Prim<unsigned int, rom_ArrayString2Uint>>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteIntTableInt* rom_MementoWrite::MakeWriteIntTableInt(int const&) {
+  return MakeWriter<rom_WriteIntTableInt>(kNoColumns, kRomTargetHandleColumn);
+}
+
+cls_WriteIntTableInt* rom_MementoWrite::MakeAltWriteIntTableInt(int const&) {
+  return MakeWriter<rom_WriteIntTableInt>(kNoColumns, kRomTargetHandle2Column);
+}
+
+cls_AgentMapKey2Obj<int>* rom_MementoWrite::MakeAgentMapInt2Obj() {
+  return MakeMapAgent<rom_AgentMapKey2Obj<int>>();
+}
+
+cls_AgentMapKey2Obj<cow_String>* rom_MementoWrite::MakeAgentMapString2Obj() {
+  return MakeMapAgent<rom_AgentMapKey2Obj<cow_String>>();
 }

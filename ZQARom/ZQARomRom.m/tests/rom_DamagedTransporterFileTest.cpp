@@ -59,7 +59,9 @@ TEST_P(DamagedTransporterFileTest, EndsCorrectOrWithTheLibrarysError) {
                            "class Hex8 table [4]\"Hex8\" rows 2", "class Marker has no table",
                            "class ##InternalList table [14]\"##InternalList\" rows 29",
                            "class ##InternalBlob table [14]\"##InternalBlob\" rows 4",
-                           "object FeNodeSet[0] name=[5]\"Set-0\" nodes= ids= masks= weights= scales= flags= labels= note=\n",
+                           "object FeNodeSet[0] name=[5]\"Set-0\" nodes= ids= masks= weights= scales= flags= labels= note= byId= "
+                           "byLabel= attributes= tags=\n",
+                           "class ##InternalMap table [13]\"##InternalMap\" rows 16",
                            " nodes= FeNode[6] FeNode[1] FeNode[23] null FeNode[8] ",
                            "class FeNode table [6]\"FeNode\" rows 24", "class FeMarker has no table",
                            "object FeNode[23] id=24 ", "object FeQuad4[2] id=6 kind=Contact material=FeMaterial[1] ",

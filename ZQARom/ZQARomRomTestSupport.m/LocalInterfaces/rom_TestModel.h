@@ -12,6 +12,7 @@
 
 #include <array>
 #include <string>
+#include <map>
 #include <vector>
 
 class rom_Transporter;
@@ -119,7 +120,8 @@ private:
 };
 
 // A named set of nodes with values per node, through the typed helper: a
-// list of every kind and a blob. Its node list may hold null elements.
+// list of every kind, a blob, and maps keyed by int, unsigned int and
+// string. Its node list and maps of nodes may hold null elements.
 struct rom_TestNodeSet {
   static constexpr unsigned int kClassId = rom_TestModel::kNodeSet;
   // The elements of one logical row of ids.
@@ -134,6 +136,10 @@ struct rom_TestNodeSet {
   std::vector<bool> flags;
   std::vector<cow_String> labels;
   std::vector<char> note;
+  std::map<int, cow_COW<rom_TestNode>> byId;
+  std::map<cow_String, cow_COW<rom_TestNode>> byLabel;
+  std::map<cow_String, double> attributes;
+  std::map<unsigned int, cow_String> tags;
 };
 
 namespace rom_TestModel {

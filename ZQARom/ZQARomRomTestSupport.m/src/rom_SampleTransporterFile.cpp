@@ -118,6 +118,7 @@ std::vector<unsigned int> rom_SampleTransporterFile::Classes() {
   std::vector<unsigned int> classes(std::begin(kAll), std::end(kAll));
   classes.push_back(kRomInternalListClass);
   classes.push_back(kRomInternalBlobClass);
+  classes.push_back(kRomInternalMapClass);
   classes.insert(classes.end(), {rom_TestModel::kMaterial, rom_TestModel::kNode, rom_TestModel::kElement,
                                  rom_TestModel::kHex8, rom_TestModel::kQuad4, rom_TestModel::kMarker,
                                  rom_TestModel::kNodeSet});

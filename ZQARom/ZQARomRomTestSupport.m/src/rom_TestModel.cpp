@@ -175,6 +175,10 @@ void rom_TestModel::Register(cls_ClassRegistrar& registrar, int nodeVersion, cha
       .Member(7, "Flags", &rom_TestNodeSet::flags)
       .Member(8, "Labels", &rom_TestNodeSet::labels)
       .Member(9, "Note", &rom_TestNodeSet::note)
+      .Member(10, "ById", &rom_TestNodeSet::byId)
+      .Member(11, "ByLabel", &rom_TestNodeSet::byLabel)
+      .Member(12, "Attributes", &rom_TestNodeSet::attributes)
+      .Member(13, "Tags", &rom_TestNodeSet::tags)
       .Register(registrar);
 }
 
@@ -225,6 +229,12 @@ rom_TestModel::Model rom_TestModel::Make(int nodes, int materials, unsigned int 
       set->scales.push_back(static_cast<float>(coordinate(random)));
       set->flags.push_back(random() % 2 == 0);
       set->labels.push_back(cow_String(k % 4 == 0 ? "" : ("n" + std::to_string(random() % 1000)).c_str()));
+      // The maps draw nothing from random, so that the rest of the model
+      // stays what the seed made before sets had maps.
+      set->byId[7 * k - 20] = set->nodes.back();
+      set->byLabel[set->labels.back()] = k % 3 == 1 ? cow_COW<rom_TestNode>() : set->nodes[(5 * k) % (k + 1)];
+      set->attributes[cow_String(("a" + std::to_string(k)).c_str())] = 0.25 * k - i;
+      set->tags[static_cast<unsigned int>(k + 1) * 2654435761u] = cow_String(("t" + std::to_string(k)).c_str());
     }
     for (int k = 0; k < size * rom_TestNodeSet::kIdColumns; ++k) set->ids.push_back(static_cast<int>(random()) - 99);
     for (int k = 0; k < size * 37; ++k) set->note.push_back(static_cast<char>(random()));
@@ -286,6 +296,18 @@ std::string ElementDifference(Element const& e, Element const& a) {
   return difference;
 }
 
+template <class K>
+std::string NodeMapDifference(std::map<K, cow_COW<rom_TestNode>> const& expected,
+                              std::map<K, cow_COW<rom_TestNode>> const& actual) {
+  if (expected.size() != actual.size()) return "map sizes differ";
+  for (auto e = expected.begin(), a = actual.begin(); e != expected.end(); ++e, ++a) {
+    if (!(e->first == a->first)) return "map keys differ";
+    std::string const difference = NodeDifference(e->second, a->second);
+    if (!difference.empty()) return "map entry: " + difference;
+  }
+  return std::string();
+}
+
 std::string SetDifference(cow_COW<rom_TestNodeSet> const& expected, cow_COW<rom_TestNodeSet> const& actual) {
   rom_TestNodeSet const& e = *expected.ConstGet();
   rom_TestNodeSet const& a = *actual.ConstGet();
@@ -303,6 +325,11 @@ std::string SetDifference(cow_COW<rom_TestNodeSet> const& expected, cow_COW<rom_
   if (e.flags != a.flags) return set + "flags differ";
   if (e.labels != a.labels) return set + "labels differ";
   if (e.note != a.note) return set + "note differs";
+  if (e.attributes != a.attributes) return set + "attributes differ";
+  if (e.tags != a.tags) return set + "tags differ";
+  std::string difference = NodeMapDifference(e.byId, a.byId);
+  if (difference.empty()) difference = NodeMapDifference(e.byLabel, a.byLabel);
+  if (!difference.empty()) return set + difference;
   return std::string();
 }
 

@@ -235,5 +235,13 @@ std::string rom_TransporterWalk::Describe(rom_TestNodeSet const& set) const {
     text += digits[bits >> 4];
     text += digits[bits & 15];
   }
+  text += " byId=";
+  for (auto const& [id, node] : set.byId) text += " " + std::to_string(id) + ":" + Row(node.ConstGet());
+  text += " byLabel=";
+  for (auto const& [label, node] : set.byLabel) text += " " + rfm_DatabaseWalk::Quoted(label) + ":" + Row(node.ConstGet());
+  text += " attributes=";
+  for (auto const& [name, value] : set.attributes) text += " " + rfm_DatabaseWalk::Quoted(name) + ":" + Bits(value);
+  text += " tags=";
+  for (auto const& [key, tag] : set.tags) text += " " + std::to_string(key) + ":" + rfm_DatabaseWalk::Quoted(tag);
   return text;
 }
