@@ -2,146 +2,72 @@
 #define beam_model_h
 
 // The model of a cantilever beam as a preprocessor keeps it: materials,
-// nodes, solid and shell elements, node sets, load steps and the input deck
-// the model was built from, under one root object.
+// nodes, solid and shell elements, sets of nodes and of elements by name,
+// load steps with their results, and the input deck the model was built
+// from, under one root object.
 //
 // Each class is made persistent in one of the two ways an application has.
-// Material, NodeSet and Model declare their members once through the typed
-// helper (cls_Persistent): a std::vector member is a list, a
-// std::vector<char> a blob. Node, the elements and Step write themselves
-// (DBWrite) and read themselves (a constructor taking a cls_ReadVisitor);
-// beam_model.cpp shows how such a class stores a list member.
+// Material, NodeSet, ElementSet, Step and Model declare their members once
+// through the typed helper (cls_Persistent): a std::vector member is a
+// list, a std::vector<char> a blob, a std::map a map, a cls_Lazy<U> a
+// reference read only when asked for. Node, the elements and StepResults
+// write themselves (DBWrite) and read themselves (a constructor taking a
+// cls_ReadVisitor), collections included (beam_collections.h).
 
+#include "beam_elements.h"
+#include "beam_material.h"
+#include "beam_results.h"
 #include "cls_AgentListPrim.h"
 #include "cls_ClassRegistrar.h"
-#include "cls_ReadVisitor.h"
 #include "cls_Uid.h"
-#include "cls_WriteVisitor.h"
 #include "cow_COW.h"
 #include "cow_String.h"
 #include "rom_Transporter.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
 
-struct Material {
-  static constexpr unsigned int kClassId = 0x01000001;
-  cls_Uid uid;
-  cow_String name;
-  double young = 0;
-  double poisson = 0;
-};
-
-class Node {
-public:
-  static constexpr unsigned int kClassId = 0x01000002;
-  Node(int id, double x, double y, double z) : m_Id(id), m_X(x), m_Y(y), m_Z(z) {}
-  explicit Node(cls_ReadVisitor const& visitor);
-  void DBWrite(cls_WriteVisitor const& visitor) const;
-  bool operator==(Node const& o) const { return m_Id == o.m_Id && m_X == o.m_X && m_Y == o.m_Y && m_Z == o.m_Z; }
-  cls_Uid const& Uid() const { return m_Uid; }
-  int Id() const { return m_Id; }
-
-private:
-  cls_Uid m_Uid;
-  int m_Id;
-  double m_X, m_Y, m_Z;
-};
-
-// How an element behaves; stored as its text, so that the file reads the
-// same whatever the enumeration's numbers become.
-enum class Formulation { kFullIntegration, kReducedIntegration };
-
-// The part every element has: a table of its own, never built alone. The
-// element's connectivity is the ids of its corner nodes, stored as a list of
-// int whose one logical row has a column per corner.
-class Element {
-public:
-  static constexpr unsigned int kClassId = 0x01000003;
-  int Id() const { return m_Id; }
-  cow_COW<Material> const& GetMaterial() const { return m_Material; }
-  std::vector<int> const& Nodes() const { return m_Nodes; }
-  // The same values; the material compared by name.
-  bool SameAs(Element const& o) const;
-
-protected:
-  Element(int id, cow_COW<::Material> const& material, Formulation formulation, std::vector<int> nodes);
-  // Raises when the stored connectivity is not one row of corners nodes.
-  Element(cls_ReadVisitor const& base, int corners);
-  void DBWriteBase(cls_WriteVisitor const& visitor, int corners) const;
-
-private:
-  cls_Uid m_Uid;
-  int m_Id;
-  cow_COW<::Material> m_Material;
-  Formulation m_Formulation;
-  std::vector<int> m_Nodes;
-};
-
-class Hex8 : public Element {
-public:
-  static constexpr unsigned int kClassId = 0x01000004;
-  static constexpr int kCorners = 8;
-  Hex8(int id, cow_COW<Material> const& material, std::vector<int> nodes);
-  explicit Hex8(cls_ReadVisitor const& visitor);
-  void DBWrite(cls_WriteVisitor const& visitor) const;
-
-private:
-  cls_Uid m_Uid;
-};
-
-// A shell on the beam's top face; the node it is offset to is usually none.
-class Quad4 : public Element {
-public:
-  static constexpr unsigned int kClassId = 0x01000005;
-  static constexpr int kCorners = 4;
-  Quad4(int id, cow_COW<Material> const& material, std::vector<int> nodes, cow_COW<Node> const& offset);
-  explicit Quad4(cls_ReadVisitor const& visitor);
-  void DBWrite(cls_WriteVisitor const& visitor) const;
-  cow_COW<Node> const& Offset() const { return m_Offset; }
-  bool SameAs(Quad4 const& o) const;
-
-private:
-  cls_Uid m_Uid;
-  cow_COW<Node> m_Offset;
-};
+// The magic of a model file: what the application's files begin with.
+constexpr char kModelMagic[] = "MDL";
 
 // Nodes picked out by name. An empty handle keeps its place in the list: a
 // sensor channel with no node.
 struct NodeSet {
   static constexpr unsigned int kClassId = 0x01000006;
   cls_Uid uid;
-  cow_String name;
   std::vector<cow_COW<Node>> nodes;
 };
 
+// Elements picked out by name, solids and shells apart.
+struct ElementSet {
+  static constexpr unsigned int kClassId = 0x01000009;
+  cls_Uid uid;
+  std::vector<cow_COW<Hex8>> solids;
+  std::vector<cow_COW<Quad4>> shells;
+};
+
 // One load step of the analysis: the loads it applies, which elements take
-// part, the results it writes, and the history of the increments it has
-// done, which grows while it runs.
-class Step {
-public:
+// part, the results it writes, the history of the increments it has done,
+// which grows while it runs, and what it computed, read only when asked for.
+struct Step {
   static constexpr unsigned int kClassId = 0x01000007;
   // Fx, Fy, Fz at each loaded node.
   static constexpr int kLoadColumns = 3;
   // Time and tip deflection at the end of each increment.
   static constexpr int kHistoryColumns = 2;
 
-  Step(cow_String const& name, std::vector<double> loads, std::vector<bool> active, std::vector<cow_String> outputs);
-  explicit Step(cls_ReadVisitor const& visitor);
-  void DBWrite(cls_WriteVisitor const& visitor) const;
-  bool operator==(Step const& o) const;
-  cow_String const& Name() const { return m_Name; }
-
-private:
-  cls_Uid m_Uid;
-  cow_String m_Name;
+  cls_Uid uid;
+  cow_String name;
   // kLoadColumns values for each node of the set "Tip".
-  std::vector<double> m_Loads;
+  std::vector<double> loads;
   // One flag per element, solids then shells; none: every element.
-  std::vector<bool> m_Active;
-  std::vector<cow_String> m_Outputs;
-  std::vector<double> m_History;
+  std::vector<bool> active;
+  std::vector<cow_String> outputs;
+  std::vector<double> history;
+  // None while the step has not run.
+  cow_COW<StepResults> results;
 };
 
 // The root: everything of one beam.
@@ -153,7 +79,9 @@ struct Model {
   std::vector<cow_COW<Node>> nodes;
   std::vector<cow_COW<Hex8>> solids;
   std::vector<cow_COW<Quad4>> shells;
-  std::vector<cow_COW<NodeSet>> sets;
+  // An empty handle keeps its name: a set the analysis fills.
+  std::map<cow_String, cow_COW<NodeSet>> nodeSets;
+  std::map<cow_String, cow_COW<ElementSet>> elementSets;
   std::vector<cow_COW<Step>> steps;
   // Ids of the elements left out of the analysis.
   std::vector<int> suppressed;
@@ -168,7 +96,7 @@ void RegisterModel(cls_ClassRegistrar& registrar);
 cow_COW<Model> BuildBeam();
 
 // Where read differs from expected, as a few words ("node 12", "step
-// Bend"); empty when they are equal.
+// Bend"); empty when they are equal. Reads every step's results.
 std::string FirstDifference(Model const& expected, Model const& read);
 
 // The history list of the step in row stepRow, open for as long as the

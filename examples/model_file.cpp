@@ -14,20 +14,17 @@
 //                            copies the root object of FILE, and everything
 //                            it reaches, row by row into a new file COPY,
 //                            compressed if asked; each object once
+//   model_file transfer FILE OTHER
+//                            reads the model of FILE and writes it into a
+//                            new file OTHER through a second transporter
 //
-// Materials and nodes are shared by many elements and node sets: the file
-// holds each once, and reading gives one object per material and node.
+// Materials, nodes and elements are shared by the model's lists and sets:
+// the file holds each once, and reading gives one object per row.
 
-#include <sys/types.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
 #include <exception>
-#include <memory>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -36,6 +33,7 @@
 #include "ZQARomCore.h"
 #include "beam_model.h"
 #include "cls_CollectionClass.h"
+#include "model_follow.h"
 #include "rfm_File.h"
 #include "rom_Objects.h"
 #include "rom_PtrBarn.h"
@@ -46,13 +44,12 @@
 
 namespace {
 
-char const kMagic[] = "MDL";
-
-// The rows of every class the model uses, lists and blobs included.
+// The rows of every class the model uses, collections included.
 int Rows(rom_Transporter& file) {
   int rows = 0;
   for (unsigned int cid : {Material::kClassId, Node::kClassId, Element::kClassId, Hex8::kClassId, Quad4::kClassId,
-                           NodeSet::kClassId, Step::kClassId, Model::kClassId, cls_kListClass, cls_kBlobClass})
+                           NodeSet::kClassId, ElementSet::kClassId, Step::kClassId, StepResults::kClassId,
+                           Model::kClassId, cls_kListClass, cls_kMapClass, cls_kBlobClass})
     rows += file.GetTableSize(cid);
   return rows;
 }
@@ -61,17 +58,18 @@ void Write(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
   cow_COW<Model> const beam = BuildBeam();
-  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kMagic,
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kModelMagic,
                        "Model of a cantilever beam", static_cast<long>(std::time(nullptr)), -1);
   // The root, and with it everything it refers to.
   rom_WriteObject(file, beam);
   file.Flush();
   Model const& model = *beam.ConstGet();
   std::printf(
-      "wrote %s: %zu materials, %zu nodes, %zu Hex8, %zu Quad4, %zu node sets, %zu steps, a deck of %zu "
-      "bytes; %d rows, %d of them lists\n",
-      path, model.materials.size(), model.nodes.size(), model.solids.size(), model.shells.size(), model.sets.size(),
-      model.steps.size(), model.deck.size(), Rows(file), file.GetTableSize(cls_kListClass));
+      "wrote %s: %zu materials, %zu nodes, %zu Hex8, %zu Quad4, %zu node sets, %zu element sets, %zu steps, a "
+      "deck of %zu bytes; %d rows, %d of them lists and %d maps\n",
+      path, model.materials.size(), model.nodes.size(), model.solids.size(), model.shells.size(),
+      model.nodeSets.size(), model.elementSets.size(), model.steps.size(), model.deck.size(), Rows(file),
+      file.GetTableSize(cls_kListClass), file.GetTableSize(cls_kMapClass));
 
   // The same objects again: each is known, and stored already.
   int const rows = Rows(file);
@@ -110,20 +108,32 @@ void Write(char const* path) {
 struct SharedObjects {
   std::set<Material const*> materials;
   std::set<Node const*> nodes;
+  std::set<Element const*> elements;
+
+  void Add(Element const& element) {
+    elements.insert(&element);
+    materials.insert(element.GetMaterial().ConstGet());
+  }
 };
 
 SharedObjects Reached(Model const& model) {
   SharedObjects reached;
   for (auto const& material : model.materials) reached.materials.insert(material.ConstGet());
-  for (auto const& solid : model.solids) reached.materials.insert(solid.ConstGet()->GetMaterial().ConstGet());
   for (auto const& node : model.nodes) reached.nodes.insert(node.ConstGet());
+  for (auto const& solid : model.solids) reached.Add(*solid.ConstGet());
   for (auto const& shell : model.shells) {
-    reached.materials.insert(shell.ConstGet()->GetMaterial().ConstGet());
+    reached.Add(*shell.ConstGet());
     if (shell.ConstGet()->Offset().HasValue()) reached.nodes.insert(shell.ConstGet()->Offset().ConstGet());
   }
-  for (auto const& set : model.sets)
-    for (auto const& node : set.ConstGet()->nodes)
-      if (node.HasValue()) reached.nodes.insert(node.ConstGet());
+  for (auto const& [name, set] : model.nodeSets)
+    if (set.HasValue())
+      for (auto const& node : set.ConstGet()->nodes)
+        if (node.HasValue()) reached.nodes.insert(node.ConstGet());
+  for (auto const& [name, set] : model.elementSets) {
+    if (!set.HasValue()) continue;
+    for (auto const& solid : set.ConstGet()->solids) reached.Add(*solid.ConstGet());
+    for (auto const& shell : set.ConstGet()->shells) reached.Add(*shell.ConstGet());
+  }
   return reached;
 }
 
@@ -134,11 +144,11 @@ SharedObjects Reached(Model const& model) {
 void Copy(char const* path, char const* copyPath, bool compressed) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
-  rom_Transporter source(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
+  rom_Transporter source(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kModelMagic, -1);
   rfm_File const target =
       compressed ? rfm_File::CreateCompressed(copyPath) : rfm_File::Open(copyPath, utl_FileAccessCreate, false);
-  rom_Transporter copy(registrar, target, kMagic, "Copy of a cantilever beam", static_cast<long>(std::time(nullptr)),
-                       -1);
+  rom_Transporter copy(registrar, target, kModelMagic, "Copy of a cantilever beam",
+                       static_cast<long>(std::time(nullptr)), -1);
   rom_UtlDatabaseRom const from(source);
   rom_UtlDatabaseRom to(copy);
   rom_UtlCopy rows(to);
@@ -150,27 +160,32 @@ void Copy(char const* path, char const* copyPath, bool compressed) {
               compressed ? " (compressed)" : "", Rows(copy), Rows(source), root, once ? ", copied once" : "");
 }
 
+// The model in the root row of file, which must hold one.
+cow_COW<Model> ReadModel(rom_Transporter& file) {
+  if (file.GetTableSize(Model::kClassId) != 1)
+    throw std::runtime_error("holds " + std::to_string(file.GetTableSize(Model::kClassId)) + " models, not one");
+  return rom_ReadObject<Model>(file, 0);
+}
+
 int Read(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
   cow_COW<Model> const beam = BuildBeam();
   Model const& expected = *beam.ConstGet();
-  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
-  if (file.GetTableSize(Model::kClassId) != 1) {
-    std::fprintf(stderr, "%s: holds %d models, not one\n", path, file.GetTableSize(Model::kClassId));
-    return 1;
-  }
+  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kModelMagic, -1);
   // The root, and with it everything it refers to.
-  cow_COW<Model> const read = rom_ReadObject<Model>(file, 0);
+  cow_COW<Model> const read = ReadModel(file);
   std::string const difference = FirstDifference(expected, *read.ConstGet());
   if (!difference.empty()) {
     std::fprintf(stderr, "%s: the model read differs from the one written: %s\n", path, difference.c_str());
     return 1;
   }
   SharedObjects const reached = Reached(*read.ConstGet());
-  std::printf("read %s: the model equals the one written; %zu Material objects and %zu Node objects in memory\n", path,
-              reached.materials.size(), reached.nodes.size());
-  if (reached.materials.size() != expected.materials.size() || reached.nodes.size() != expected.nodes.size()) {
+  std::printf(
+      "read %s: the model equals the one written; %zu Material, %zu Node and %zu element objects in memory\n", path,
+      reached.materials.size(), reached.nodes.size(), reached.elements.size());
+  if (reached.materials.size() != expected.materials.size() || reached.nodes.size() != expected.nodes.size() ||
+      reached.elements.size() != expected.solids.size() + expected.shells.size()) {
     std::fprintf(stderr, "%s: a shared object was read as more than one\n", path);
     return 1;
   }
@@ -193,145 +208,19 @@ int Read(char const* path) {
   return addresses.size() == static_cast<std::size_t>(nodeRows) ? 0 : 1;
 }
 
-// One direction of a pipe between the solver and the viewer: one process
-// sends a byte when it has done a step, the other waits for it. Each
-// process closes the end it does not use, so that a wait ends when the
-// other process has.
-class Signal {
- public:
-  Signal() {
-    if (pipe(m_Ends) != 0) throw std::runtime_error("cannot make a pipe");
-  }
-  Signal(Signal const&) = delete;
-  Signal& operator=(Signal const&) = delete;
-  ~Signal() { Close(); }
-  void KeepSendingEnd() { CloseEnd(0); }
-  void KeepWaitingEnd() { CloseEnd(1); }
-  void Close() {
-    CloseEnd(0);
-    CloseEnd(1);
-  }
-  void Send() const {
-    char const byte = 1;
-    if (write(m_Ends[1], &byte, 1) != 1) throw std::runtime_error("the other process is gone");
-  }
-  void Wait() const {
-    char byte = 0;
-    if (read(m_Ends[0], &byte, 1) != 1) throw std::runtime_error("the other process is gone");
-  }
-
- private:
-  void CloseEnd(int end) {
-    if (m_Ends[end] >= 0) close(m_Ends[end]);
-    m_Ends[end] = -1;
-  }
-  int m_Ends[2];
-};
-
-// The increments the solver does, and what each ends with.
-constexpr int kIncrements = 4;
-double IncrementTime(int increment) { return static_cast<double>(increment) / kIncrements; }
-double TipDeflection(int increment) { return -0.0021 * increment; }
-
-// The writer: the beam, then one increment of the last step per flush. The
-// step's row is the one its value is stored in; writing the value again
-// only answers it.
-void Solve(char const* path, Signal const& flushed, Signal const& seen) {
+// The model read from one file and written into another through a second
+// transporter.
+void Transfer(char const* path, char const* otherPath) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
-  cow_COW<Model> const beam = BuildBeam();
-  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessCreate, false), kMagic,
-                       "Model of a cantilever beam, solving", static_cast<long>(std::time(nullptr)), -1);
-  rom_WriteObject(file, beam);
-  int const stepRow = rom_WriteObject(file, beam.ConstGet()->steps.back()).m_Oid;
-  std::unique_ptr<cls_AgentListPrim<double>> history = OpenHistoryToAppend(file, stepRow);
-  history->Flush();
-  file.Flush();
-  flushed.Send();
-  seen.Wait();
-  for (int increment = 1; increment <= kIncrements; ++increment) {
-    double const values[Step::kHistoryColumns] = {IncrementTime(increment), TipDeflection(increment)};
-    history->Store(history->Size(), Step::kHistoryColumns, values);
-    // The list's own buffers first, then the file's flush, which readers
-    // take in whole.
-    history->Flush();
-    file.Flush();
-    flushed.Send();
-    seen.Wait();
-  }
-}
-
-// The reader beside it: after each of the writer's flushes, the file's Snap
-// takes in the flush and the history's Snap what the list gained.
-int View(char const* path, Signal const& flushed, Signal const& seen) {
-  cls_ClassRegistrar registrar;
-  RegisterModel(registrar);
-  flushed.Wait();
-  rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kMagic, -1);
-  // The running step is the last one written.
-  std::unique_ptr<cls_AgentListPrim<double>> history = OpenHistoryToFollow(file, file.GetTableSize(Step::kClassId) - 1);
-  std::string seenSizes;
-  for (int increment = 0;; ++increment) {
-    int const expected = increment * Step::kHistoryColumns;
-    if (history->Size() != expected || history->Columns() != Step::kHistoryColumns)
-      throw std::runtime_error("after flush " + std::to_string(increment) + " the viewer sees " +
-                               std::to_string(history->Size()) + " values in rows of " +
-                               std::to_string(history->Columns()) + ", not " + std::to_string(expected) +
-                               " in rows of " + std::to_string(Step::kHistoryColumns));
-    if (increment > 0) {
-      double values[Step::kHistoryColumns] = {};
-      history->Fetch(expected - Step::kHistoryColumns, Step::kHistoryColumns, values);
-      if (values[0] != IncrementTime(increment) || values[1] != TipDeflection(increment))
-        throw std::runtime_error("increment " + std::to_string(increment) + " reads wrong");
-      seenSizes += (increment > 1 ? ", " : "") + std::to_string(increment);
-    }
-    seen.Send();
-    if (increment == kIncrements) break;
-    flushed.Wait();
-    if (file.Snap() == 0) throw std::runtime_error("a flush of the writer went unseen");
-    history->Snap();
-  }
-  std::printf(
-      "followed %s beside its writer: after each flush and Snap the step's history held %s increments; "
-      "the tip went down to %g at t=%g\n",
-      path, seenSizes.c_str(), TipDeflection(kIncrements), IncrementTime(kIncrements));
-  return 0;
-}
-
-int Follow(char const* path) {
-  // A process gone early shows as a failed wait or send, not as a signal.
-  std::signal(SIGPIPE, SIG_IGN);
-  Signal flushed, seen;
-  std::fflush(stdout);
-  pid_t const solver = fork();
-  if (solver < 0) throw std::runtime_error("cannot start the solver process");
-  if (solver == 0) {
-    flushed.KeepSendingEnd();
-    seen.KeepWaitingEnd();
-    int status = 0;
-    try {
-      Solve(path, flushed, seen);
-    } catch (std::exception const& e) {
-      std::fprintf(stderr, "%s: solver: %s\n", path, e.what());
-      status = 1;
-    }
-    std::fflush(nullptr);
-    _exit(status);
-  }
-  flushed.KeepWaitingEnd();
-  seen.KeepSendingEnd();
-  int viewed = 1;
-  try {
-    viewed = View(path, flushed, seen);
-  } catch (std::exception const& e) {
-    std::fprintf(stderr, "%s: viewer: %s\n", path, e.what());
-  }
-  // A solver still waiting for the viewer ends.
-  flushed.Close();
-  seen.Close();
-  int status = 0;
-  if (waitpid(solver, &status, 0) != solver || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return 1;
-  return viewed;
+  rom_Transporter source(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kModelMagic, -1);
+  cow_COW<Model> const model = ReadModel(source);
+  rom_Transporter other(registrar, rfm_File::Open(otherPath, utl_FileAccessCreate, false), kModelMagic,
+                        "Model of a cantilever beam, transferred", static_cast<long>(std::time(nullptr)), -1);
+  rom_WriteObject(other, model);
+  other.Flush();
+  std::printf("transferred the model of %s into %s: %d rows; %d step results read\n", path, otherPath, Rows(other),
+              StepResults::ReadCount());
 }
 
 }  // namespace
@@ -340,11 +229,14 @@ int main(int argc, char** argv) {
   char const* const command = argc >= 3 ? argv[1] : "";
   bool const copying =
       std::strcmp(command, "copy") == 0 && (argc == 4 || (argc == 5 && std::strcmp(argv[4], "compressed") == 0));
+  bool const transferring = std::strcmp(command, "transfer") == 0 && argc == 4;
   bool const oneFile = argc == 3 && (std::strcmp(command, "write") == 0 || std::strcmp(command, "read") == 0 ||
                                      std::strcmp(command, "follow") == 0);
-  if (!copying && !oneFile) {
-    std::fprintf(stderr, "usage: %s write|read|follow MODEL-FILE\n       %s copy MODEL-FILE COPY [compressed]\n",
-                 argv[0], argv[0]);
+  if (!copying && !transferring && !oneFile) {
+    std::fprintf(stderr,
+                 "usage: %s write|read|follow MODEL-FILE\n       %s copy MODEL-FILE COPY [compressed]\n"
+                 "       %s transfer MODEL-FILE OTHER\n",
+                 argv[0], argv[0], argv[0]);
     return 2;
   }
   int modules = 0;
@@ -357,6 +249,8 @@ int main(int argc, char** argv) {
       status = Read(argv[2]);
     else if (copying)
       Copy(argv[2], argv[3], argc == 5);
+    else if (transferring)
+      Transfer(argv[2], argv[3]);
     else
       status = Follow(argv[2]);
   } catch (std::exception const& e) {
