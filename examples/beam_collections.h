@@ -6,7 +6,8 @@
 // constructor gets it back. A collection is a row of one of the object
 // layer's collection classes (cls_CollectionClass.h) that the owner's row
 // refers to; it has no identity of its own, so rewriting the owner writes
-// the collection over in that same row.
+// the collection over in that same row. cls_CollectionWriteRow finds or
+// makes that row, cls_CollectionReadRow finds it for reading.
 //
 // Reading answers an empty collection when the owner's row holds none: a
 // table of an older class version without the member, a null reference, a
@@ -15,11 +16,11 @@
 #include "cls_CollectionClass.h"
 #include "cls_MementoRead.h"
 #include "cls_MementoWrite.h"
+#include "cls_PersistentCollection.h"
 #include "cls_ReadListPrim.h"
 #include "cls_ReadMapKey2Prim.h"
 #include "cls_ReadVisitor.h"
 #include "cls_Received.h"
-#include "cls_Uid.h"
 #include "cls_WriteListPrim.h"
 #include "cls_WriteMapKey2Prim.h"
 #include "cls_WriteVisitor.h"
@@ -31,38 +32,11 @@
 #include <type_traits>
 #include <vector>
 
-// The collection row of class collectionClass that field of owner refers
-// to, made or found for writing; its memento is null when there is nothing
-// to write (the owner has no row).
-class beam_CollectionRow {
-public:
-  beam_CollectionRow(cls_WriteVisitor const& owner, cls_FieldHandle const& field, unsigned int collectionClass,
-                     cls_CollectionType implemented)
-      : m_Visitor(owner, field, nullptr, nullptr) {
-    if (m_Visitor.StartWrite(collectionClass, m_Anonymous)) m_Visitor.CheckCollectionType(implemented);
-  }
-  cls_MementoWrite* Memento() const { return m_Visitor.Memento(); }
-
-private:
-  // Declared before the visitor: the object layer may tie the collection
-  // row to it while the visitor lives.
-  cls_Uid const m_Anonymous;
-  cls_WriteVisitor m_Visitor;
-};
-
-// The memento of the collection row of class collectionClass that field of
-// owner refers to, for reading; null when there is none.
-inline cls_ReadVisitor beam_CollectionToRead(cls_ReadVisitor const& owner, cls_FieldHandle const& field,
-                                             unsigned int collectionClass) {
-  if (!owner.ObjIsPresent(field)) return cls_ReadVisitor(nullptr);
-  return cls_ReadVisitor::Collection(owner, field, collectionClass);
-}
-
 // A list of values, columns elements in each of its logical rows.
 template <class E>
 void beam_WriteList(cls_WriteVisitor const& owner, cls_FieldHandle const& field, std::vector<E> const& values,
                     int columns) {
-  beam_CollectionRow const list(owner, field, cls_kListClass, cls_CollListPrim);
+  cls_CollectionWriteRow const list(owner, field, cls_kListClass, cls_CollListPrim);
   if (list.Memento() == nullptr) return;
   cls_Received<cls_WriteListPrim<E>> writer(list.Memento()->MakeWriteListPrim(E(), columns));
   if (!writer || values.empty()) return;
@@ -80,7 +54,7 @@ template <class E>
 std::vector<E> beam_ReadList(cls_ReadVisitor const& owner, cls_FieldHandle const& field, int& columns) {
   std::vector<E> values;
   columns = 1;
-  cls_ReadVisitor const list = beam_CollectionToRead(owner, field, cls_kListClass);
+  cls_CollectionReadRow const list(owner, field, cls_kListClass);
   if (list.Memento() == nullptr) return values;
   cls_Received<cls_ReadListPrim<E>> reader(list.Memento()->MakeReadListPrim(E()));
   if (!reader) return values;
@@ -109,7 +83,7 @@ std::vector<E> beam_ReadList(cls_ReadVisitor const& owner, cls_FieldHandle const
 // order they were written, and the reader takes the first entry of a key.
 inline void beam_WriteNamedValues(cls_WriteVisitor const& owner, cls_FieldHandle const& field,
                                   std::map<cow_String, double> const& values) {
-  beam_CollectionRow const map(owner, field, cls_kMapClass, cls_CollMapString2Prim);
+  cls_CollectionWriteRow const map(owner, field, cls_kMapClass, cls_CollMapString2Prim);
   if (map.Memento() == nullptr) return;
   cls_Received<cls_WriteMapKey2Prim<cow_String, double>> writer(map.Memento()->MakeWriteMapString2Prim(double()));
   if (!writer) return;
@@ -118,7 +92,7 @@ inline void beam_WriteNamedValues(cls_WriteVisitor const& owner, cls_FieldHandle
 
 inline std::map<cow_String, double> beam_ReadNamedValues(cls_ReadVisitor const& owner, cls_FieldHandle const& field) {
   std::map<cow_String, double> values;
-  cls_ReadVisitor const map = beam_CollectionToRead(owner, field, cls_kMapClass);
+  cls_CollectionReadRow const map(owner, field, cls_kMapClass);
   if (map.Memento() == nullptr) return values;
   cls_Received<cls_ReadMapKey2Prim<cow_String, double>> reader(map.Memento()->MakeReadMapString2Prim(double()));
   if (!reader) return values;
@@ -130,7 +104,7 @@ inline std::map<cow_String, double> beam_ReadNamedValues(cls_ReadVisitor const& 
 // and reader are always the receiver's to delete.
 inline void beam_WriteIntTable(cls_WriteVisitor const& owner, cls_FieldHandle const& field,
                                std::map<int, int> const& table) {
-  beam_CollectionRow const map(owner, field, cls_kMapClass, cls_CollIntTableInt);
+  cls_CollectionWriteRow const map(owner, field, cls_kMapClass, cls_CollIntTableInt);
   if (map.Memento() == nullptr) return;
   std::unique_ptr<cls_WriteIntTableInt> const writer(map.Memento()->MakeWriteIntTableInt(int()));
   if (writer == nullptr) return;
@@ -139,7 +113,7 @@ inline void beam_WriteIntTable(cls_WriteVisitor const& owner, cls_FieldHandle co
 
 inline std::map<int, int> beam_ReadIntTable(cls_ReadVisitor const& owner, cls_FieldHandle const& field) {
   std::map<int, int> table;
-  cls_ReadVisitor const map = beam_CollectionToRead(owner, field, cls_kMapClass);
+  cls_CollectionReadRow const map(owner, field, cls_kMapClass);
   if (map.Memento() == nullptr) return table;
   std::unique_ptr<cls_ReadIntTableInt> const reader(map.Memento()->MakeReadIntTableInt(int()));
   if (reader == nullptr) return table;

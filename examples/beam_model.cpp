@@ -4,6 +4,7 @@
 #include "cls_MementoRead.h"
 #include "cls_MementoWrite.h"
 #include "cls_Persistent.h"
+#include "cls_PersistentCollection.h"
 #include "rom_MementoRead.h"
 #include "rom_MementoWrite.h"
 
@@ -22,10 +23,8 @@ std::unique_ptr<cls_AgentListPrim<double>> OpenHistoryToAppend(rom_Transporter& 
   // helper reaches it when it writes the step.
   rom_MementoWrite step(file, Step::kClassId, stepRow, cls_MementoWrite::kOwnedByCreator);
   cls_WriteVisitor const owner(&step);
-  cls_Uid const anonymous;
-  cls_WriteVisitor const list(owner, kStepHistory, nullptr, nullptr);
-  if (!list.StartWrite(cls_kListClass, anonymous)) throw std::runtime_error("the step's history has no list row");
-  list.CheckCollectionType(cls_CollListPrim);
+  cls_CollectionWriteRow const list(owner, kStepHistory, cls_kListClass, cls_CollListPrim);
+  if (list.Memento() == nullptr) throw std::runtime_error("the step's history has no list row");
   return std::unique_ptr<cls_AgentListPrim<double>>(list.Memento()->MakeAgentListDouble(Step::kHistoryColumns));
 }
 

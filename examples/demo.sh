@@ -2,15 +2,17 @@
 # The demo: writes a small results file through the record store, then
 # looks at it with zdb: what the file is, its tables, a few rows, a check.
 # Then a model file written as objects by one process and read back by
-# another, its catalogue of classes, and a table whose rows refer to lists;
-# and a reader process following what a writer appends to a list.
+# another, which reads the steps' results only when asked for, and written
+# again into another file without them being read; a reader process
+# following what a writer appends to a list; the model's catalogue of
+# classes, and a table whose rows refer to maps, with one of those maps.
 # The files stay in BUILD/demo/ for more looks.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
 zdb=$build/tools/zdb/zdb
 mkdir -p "$build/demo"
 cd "$build/demo"
-rm -f beam.zdb beam.mdb run.mdb beam-copy.mdb
+rm -f beam.zdb beam.mdb other.mdb run.mdb beam-copy.mdb
 
 show() {
   echo
@@ -27,9 +29,16 @@ show check beam.zdb
 echo
 "$build/examples/model_file" write beam.mdb
 "$build/examples/model_file" read beam.mdb
+"$build/examples/model_file" transfer beam.mdb other.mdb
 "$build/examples/model_file" follow run.mdb
 show classes beam.mdb
-show dump beam.mdb --table Step
+show dump beam.mdb --table Material
+# The table of the second material's parameters: the map row its
+# reference names, and the handle that row holds.
+map=$("$zdb" dump beam.mdb --table Material --rows 1:2 | sed -n 's/.*Parameters=##InternalMap\[\([0-9]*\)\].*/\1/p')
+parameters=$("$zdb" dump beam.mdb --table "##InternalMap" --rows "$map:$((map + 1))" |
+  sed -n 's/.*Target#Handle=\([0-9]*\).*/\1/p')
+show dump beam.mdb --handle "$parameters"
 show check beam.mdb
 echo
 "$build/examples/model_file" copy beam.mdb beam-copy.mdb compressed
