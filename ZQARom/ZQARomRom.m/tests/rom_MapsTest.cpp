@@ -179,6 +179,47 @@ TEST(Maps, RewritingAnOwnerWritesItsMapsOverInPlace) {
   EXPECT_TRUE(*rom_ReadObject<Catalog>(again, row).ConstGet() == *catalog.ConstGet());
 }
 
+int IdOf(cls_CowValue const& value) {
+  if (!value.HasValue()) return -1;
+  cow_COW<Part> const part = value.As<Part>();
+  return part.ConstGet()->id;
+}
+
+TEST(Maps, TheTypedHelperTakesTheFirstEntryOfAKeyThatHoldsAnObject) {
+  zqa_TestDir dir;
+  cow_String const path = dir.File("repeats.mdl");
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  rom_CidOid catalog, later;
+  {
+    rom_Transporter t(registrar, Create(path), "MDL", "repeats", 0, -1);
+    catalog = rom_WriteObject(t, MakeCatalog(MakePart(1)));
+    later = rom_WriteObject(t, MakePart(77));
+    // Entries another writer may have left: a later object for a key whose
+    // entry is null, and one for a key that has an object already.
+    rfm_Row const owner = t.GetClassBagForRead(Catalog::kClassId).Table().ReadRow(catalog.m_Oid);
+    int const mapRow = owner.ReadFieldInt(rfm_FieldHandle(cow_String("PartsByName") + cow_String(kRomOidSuffix), -1));
+    rfm_Table const entries = t.Database().Table(
+        t.GetClassBagForRead(kRomInternalMapClass).Table().ReadRow(mapRow).ReadFieldHandle(
+            rfm_FieldHandle(kRomTargetHandleColumn)),
+        8, -1);
+    for (char const* key : {"none", "left"}) {
+      rfm_Row const row = entries.NewRow();
+      row.WriteFieldInt(rfm_FieldHandle(0), later.m_Oid);
+      row.WriteFieldInt(rfm_FieldHandle(1), static_cast<int>(Part::kClassId));
+      row.WriteFieldString(rfm_FieldHandle(kRomElementKeyName, -1), cow_String(key));
+    }
+    entries.Flush();
+    t.Flush();
+  }
+  rom_Transporter t(registrar, ReadOnly(path), "MDL", -1);
+  cow_COW<Catalog> const read = rom_ReadObject<Catalog>(t, catalog);
+  auto const& parts = read.ConstGet()->partsByName;
+  EXPECT_EQ(parts.size(), 3u);
+  EXPECT_EQ(IdOf(cls_CowValue(parts.at(cow_String("none")))), 77);
+  EXPECT_EQ(IdOf(cls_CowValue(parts.at(cow_String("left")))), 1);
+}
+
 // The row of a new map, and its memento, straight on the map class.
 struct MapRow {
   explicit MapRow(rom_Transporter& t, unsigned int cid = kRomInternalMapClass)
@@ -189,12 +230,6 @@ struct MapRow {
 void WritePart(cls_ClassRegistrar const& registrar, cls_AgentRequest const& entry, cow_COW<Part> const& part) {
   cls_CowValue const value(part);
   registrar.ConstGet(Part::kClassId).DBWrite(value.Address(), cls_WriteVisitor(entry, &value, nullptr));
-}
-
-int IdOf(cls_CowValue const& value) {
-  if (!value.HasValue()) return -1;
-  cow_COW<Part> const part = value.As<Part>();
-  return part.ConstGet()->id;
 }
 
 TEST(Maps, WritersKeepOrderAndRepeatsAndTheSecondCollectionOfADoubleOne) {
