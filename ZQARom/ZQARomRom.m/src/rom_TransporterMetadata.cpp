@@ -45,19 +45,22 @@ rom_TransporterMetadata::rom_TransporterMetadata() {
   m_Tables.push_back(Layout(kRomStringArrayTableName, {{kRomElementDataName, kString}}));
   m_Tables.push_back(Layout("##HandleArray", {{kRomElementDataName, kHandle}}));
   m_Tables.push_back(Layout(
-      "##Map", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kString}}));
+      kRomMapTableName, {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kString}}));
   m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout("##MapString2Double", {{kRomElementDataName, kDouble}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout("##MapString2Float", {{kRomElementDataName, kFloat}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout("##MapString2Int", {{kRomElementDataName, kInt}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout("##MapString2String", {{kRomElementDataName, kString}, {kRomElementKeyName, kString}}));
   m_Tables.push_back(
-      Layout("##MapInt2Obj", {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kInt}}));
+      Layout(kRomMapString2DoubleTableName, {{kRomElementDataName, kDouble}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(
+      Layout(kRomMapString2FloatTableName, {{kRomElementDataName, kFloat}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout(kRomMapString2IntTableName, {{kRomElementDataName, kInt}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(
+      Layout(kRomMapString2StringTableName, {{kRomElementDataName, kString}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout(kRomMapInt2ObjTableName,
+                            {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kInt}}));
   m_Tables.push_back(Layout("##MapInt2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Double", {{kRomElementDataName, kDouble}, {kRomElementKeyName, kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Float", {{kRomElementDataName, kFloat}, {kRomElementKeyName, kInt}}));
-  m_Tables.push_back(Layout("##MapInt2Int", {{kRomElementDataName, kInt}, {kRomElementKeyName, kInt}}));
-  m_Tables.push_back(Layout("##MapInt2String", {{kRomElementDataName, kString}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout(kRomMapInt2DoubleTableName, {{kRomElementDataName, kDouble}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout(kRomMapInt2FloatTableName, {{kRomElementDataName, kFloat}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout(kRomMapInt2IntTableName, {{kRomElementDataName, kInt}, {kRomElementKeyName, kInt}}));
+  m_Tables.push_back(Layout(kRomMapInt2StringTableName, {{kRomElementDataName, kString}, {kRomElementKeyName, kInt}}));
 }
 
 // A read-only file cannot take a layout it lacks, and needs none: no table
