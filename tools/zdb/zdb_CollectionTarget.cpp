@@ -81,7 +81,8 @@ void FindMapTable(zdb_TableFinder const& finder, zdb_CollectionTarget& target) {
     target.m_Map = true;
     target.m_Table = layout;
     target.m_ObjectRows = objects;
-    target.m_Kind = std::string(zdb_TypeName(map.m_Key)) + kKeyToValue + (objects ? kObject : zdb_TypeName(map.m_Value));
+    target.m_Kind =
+        std::string(zdb_TypeName(map.m_Key)) + kKeyToValue + (objects ? kObject : zdb_TypeName(map.m_Value));
     target.m_Length = table.Length();
     return;
   }

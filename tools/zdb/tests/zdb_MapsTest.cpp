@@ -9,7 +9,6 @@
 #include "cls_ClassRegistrar.h"
 #include "rfm_Array.h"
 #include "rfm_File.h"
-#include "rfm_Space.h"
 #include "rom_HeaderLayout.h"
 #include "rom_Transporter.h"
 #include "zdb_TestTool.h"
@@ -336,16 +335,19 @@ TEST(ZdbMapsTest, DumpShowsEachMapsEntriesAndKindAndCheckFindsThemClean) {
                                "string to int",    "string to string", "int to double", "int to float",
                                "int to int",       "int to string"};
   int const lengths[] = {6, 2, 2, 1, 2, 2, 0, 1, 3, 1};
-  for (std::size_t i = 0; i < maps.size(); ++i) expected.push_back({{"Target#Handle", Target(maps[i], lengths[i], kinds[i])}});
+  for (std::size_t i = 0; i < maps.size(); ++i) {
+    expected.push_back({{"Target#Handle", Target(maps[i], lengths[i], kinds[i])}});
+  }
   expected.push_back({{"Target#Handle", nullptr}});
   EXPECT_EQ(expected, RowValues(internal));
   json pairs = json::parse(Dump(file.m_Name, file.m_Pairs, true)).at("objects").at(0);
   EXPECT_EQ(json::parse(R"([{"name":"Target#Handle","type":"map"},{"name":"Target#Handle2","type":"map"}])"),
             pairs.at("fields"));
-  EXPECT_EQ((std::vector<json>{{{"Target#Handle", Target(file.m_Pair1, 1, "string to object")},
-                                {"Target#Handle2", Target(file.m_Pair2, 1, "string to int")}},
-                               {{"Target#Handle", Target(maps[0], 6, "string to object")}, {"Target#Handle2", nullptr}}}),
-            RowValues(pairs));
+  EXPECT_EQ(
+      (std::vector<json>{{{"Target#Handle", Target(file.m_Pair1, 1, "string to object")},
+                          {"Target#Handle2", Target(file.m_Pair2, 1, "string to int")}},
+                         {{"Target#Handle", Target(maps[0], 6, "string to object")}, {"Target#Handle2", nullptr}}}),
+      RowValues(pairs));
 
   zdb_Run check = RunZdb({"check", file.m_Name});
   EXPECT_EQ(0, check.m_Status) << check.m_Out;
