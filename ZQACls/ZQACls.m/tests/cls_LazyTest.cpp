@@ -22,28 +22,7 @@ struct Shelf {
 
 cls_FieldHandle const kShelfField(3, "Section");
 
-TEST(LazyTest, AValueGivenInMemoryIsLoadedAndSharedByCopies) {
-  cls_Lazy<Material> const none;
-  EXPECT_FALSE(none.HasValue());
-  EXPECT_TRUE(none.IsLoaded());
-  EXPECT_FALSE(none.Get().HasValue());
-  EXPECT_TRUE(none.Uid().IsNull());
-  cls_Lazy<Material> const empty{cow_COW<Material>()};
-  EXPECT_FALSE(empty.HasValue());
-
-  cow_COW<Material> steel(new Material);
-  steel.Get()->name = "Steel";
-  cls_Lazy<Material> const held = steel;
-  cls_Lazy<Material> const copy = held;
-  EXPECT_TRUE(copy.HasValue());
-  EXPECT_TRUE(copy.IsLoaded());
-  EXPECT_EQ(copy.Get().ConstGet(), steel.ConstGet());
-  EXPECT_EQ(&copy.Get(), &held.Get());
-  // Its identity is the object's own member's business.
-  EXPECT_TRUE(copy.Uid().IsNull());
-}
-
-TEST(LazyTest, WithoutProxiesTheTypedHelperStoresAndReadsALazyMemberAsAReference) {
+TEST(LazyTest, AValueInMemoryIsLoadedAndWithoutProxiesIsStoredAsAReferenceAndReadAtOnce) {
   cls_ClassRegistrar registrar;
   RegisterTestModel(registrar);
   cls_Persistent<Shelf>("Shelf", Shelf::kClassId, 1)
@@ -62,6 +41,13 @@ TEST(LazyTest, WithoutProxiesTheTypedHelperStoresAndReadsALazyMemberAsAReference
   cow_COW<Shelf> shelf(new Shelf);
   shelf.Get()->id = 4;
   shelf.Get()->material = steel;
+  // A value given in memory: loaded, shared by copies, its identity the
+  // object's own business.
+  cls_Lazy<Material> const copy = shelf.ConstGet()->material;
+  EXPECT_TRUE(copy.IsLoaded());
+  EXPECT_EQ(&copy.Get(), &shelf.ConstGet()->material.Get());
+  EXPECT_TRUE(copy.Uid().IsNull());
+  EXPECT_FALSE(cls_Lazy<Material>(cow_COW<Material>()).HasValue());
   {
     cls_WriteVisitor root(db.WriteRoot());
     ASSERT_TRUE(root.StartWrite(cls_FakeDatabase::kRootClass, cls_Static::ConstUid()));
