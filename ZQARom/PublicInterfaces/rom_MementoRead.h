@@ -95,6 +95,11 @@ public:
   unsigned int ClassId() const { return m_Cid; }
   int Oid() const { return m_Row.IsNull() ? -1 : m_Row.Location(); }
 
+  // The object field refers to, held unloaded (rom_AgentProxy); a proxy
+  // without a value for a null or missing reference. Raises at once, as
+  // ReadObjCow would, when the stored class does not derive from cid.
+  cls_AgentProxy* MakeAgentProxy(cls_FieldHandle const& field, unsigned int cid) override;
+
 private:
   // The store's handle in the row's column handleColumn; false when the row
   // holds none.

@@ -99,6 +99,8 @@ public:
   cls_AgentMapKey2Obj<cow_String>* MakeAgentMapString2Obj() override;
 
   void CheckCollectionType(cls_CollectionType implemented, cow_String const& member) const override;
+  // A lazily held object's reference, through the proxy's Transfer.
+  bool CopyBranch(cls_AgentProxy* proxy, cls_FieldHandle const& field) override;
   void StartSharedPtrOutput() override;
   void EndSharedPtrOutput() override;
 
@@ -119,6 +121,8 @@ public:
   // class; it takes the two class names.
   static rom_MementoWrite* MakeWriteObjImpl(rom_Transporter& transporter, unsigned int cid, cls_Uid const& uid,
                                             char const* mismatch);
+
+  rom_Transporter& Transporter() const { return *m_Transporter; }
 
 private:
   // The collection's writer, or agent, on the handle in the row's column

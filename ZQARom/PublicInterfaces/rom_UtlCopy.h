@@ -43,13 +43,18 @@ public:
   // excluded is passed to a list's or a map's copy (see CopyList).
   int CopyObject(unsigned int cid, int oid, rom_UtlDatabase const& source, bool excluded);
   // A row of ##InternalMap, ##InternalList or ##InternalBlob and what its
-  // Target#Handle names; each makes a new copy at every call, which
-  // CopyObject then finds, and answers the new row's object id. A list
-  // whose handle names something other than a list (a table, or an array
-  // of ints, floats, doubles or strings) answers -1 and makes nothing. A
-  // float array moves through the array's own append with excluded set,
-  // and as raw bytes without: the two give the same elements.
+  // Target#Handle names, or of ##InternalDblCol and the maps its two
+  // handles name; each makes a new copy at every call, which CopyObject
+  // then finds, and answers the new row's object id. A map's table, of any
+  // map layout, is copied row for row: a removed key's row and each row of
+  // a repeated key stay as they are; a map's handle that names no table of
+  // a map layout raises, naming the file, and makes nothing. A list whose
+  // handle names something other than a list (a table, or an array of
+  // ints, floats, doubles or strings) answers -1 and makes nothing. A float
+  // array moves through the array's own append with excluded set, and as
+  // raw bytes without: the two give the same elements.
   int CopyMap(int oid, rom_UtlDatabase const& source, bool excluded);
+  int CopyDoubleCollection(int oid, rom_UtlDatabase const& source);
   int CopyList(int oid, rom_UtlDatabase const& source, bool excluded);
   int CopyBlob(int oid, rom_UtlDatabase const& source);
   // Appends the rows of a collection's table, source of sourceDatabase, to
@@ -69,10 +74,15 @@ private:
   // Raises, naming both files, unless to has field.
   void RequireField(rfm_Row const& to, rfm_FieldHandle const& field, rom_UtlDatabase const& source) const;
   void WriteInt(rfm_Row const& to, rfm_FieldHandle const& field, int value, rom_UtlDatabase const& source) const;
-  // The handle in from's Target#Handle, from being row oid of the internal
-  // class cid; null when it holds none. Raises, naming the file, for a
-  // handle that names no object.
-  rfm_Handle CollectionHandle(rfm_Row const& from, unsigned int cid, int oid, rom_UtlDatabase const& source) const;
+  // The handle in from's field (Target#Handle, or a double collection's
+  // Target#Handle2), from being row oid of the internal class cid; null
+  // when it holds none. Raises, naming the file, for a handle that names no
+  // object.
+  rfm_Handle CollectionHandle(rfm_Row const& from, rfm_FieldHandle const& field, unsigned int cid, int oid,
+                              rom_UtlDatabase const& source) const;
+  // The same for a map's handle, which must name a table of a map's layout.
+  rfm_Handle MapHandle(rfm_Row const& from, rfm_FieldHandle const& field, unsigned int cid, int oid,
+                       rom_UtlDatabase const& source) const;
   // The copy of what a collection's Target#Handle names.
   rfm_Handle CopyTable(rfm_Handle handle, rom_UtlDatabase const& source);
   rfm_Handle CopyArray(rfm_Type type, rfm_Handle handle, rom_UtlDatabase const& source, bool excluded) const;
@@ -88,6 +98,7 @@ private:
   rfm_FieldHandle const m_Oid;
   rfm_FieldHandle const m_Data;
   rfm_FieldHandle const m_TargetHandle;
+  rfm_FieldHandle const m_TargetHandle2;
   rfm_FieldHandle const m_TargetColumns;
 };
 

@@ -17,7 +17,10 @@ std::string Problem(zdb_ObjectFile const& file, zdb_Column const& column, zdb_St
   std::uint32_t classId = *reference.m_ClassId;
   int oid = *reference.m_Oid;
   zdb_ClassRow const* target = file.Catalogue().Find(classId);
-  if (column.m_Kind == zdb_Column::kReference) {
+  // A collection's row stores an object of a class without a table as a
+  // negative oid with that class's id, which the catalogue lacks.
+  if (column.m_Kind == zdb_Column::kElementReference && oid < 0) return std::string();
+  if (column.m_Kind != zdb_Column::kBaseReference) {
     if (classId == kRomNoClass) {
       if (oid < 0) return std::string();
       return "class id " + zdb_HexWord(classId) + " means no class, but its oid " + std::to_string(oid) +

@@ -185,9 +185,7 @@ zdb_Value Dumper::Column(rfm_Row const& row, zdb_Column const& column) const {
     if (!row.DataIsPresent(field)) return value;
     int handle = row.ReadFieldHandle(field).Value();
     value.m_Kind = zdb_Value::kCollection;
-    zdb_TableFinder const& finder = m_Objects->Finder();
-    value.m_Target = column.m_Kind == zdb_Column::kListTarget ? zdb_CollectionTarget::OfList(finder, handle)
-                                                              : zdb_CollectionTarget::OfBlob(finder, handle);
+    value.m_Target = zdb_TargetOf(m_Objects->Finder(), column, handle);
     return value;
   }
   zdb_StoredReference reference = zdb_ReadReference(row, column);
@@ -366,21 +364,25 @@ zdb_Command const zdb_DumpCommand = {
     "The Target#Handle of a row of ##InternalList shows the handle with the\n"
     "list's length and element kind, 57 (8 int), 58 (0 double), 59 (3 objects)\n"
     "for a table of the ##List layout, and of ##InternalBlob with the blob's\n"
-    "bytes, 61 (1200 bytes); a handle that names no such store says what it\n"
-    "names instead, 62 (names no object).\n"
+    "bytes, 61 (1200 bytes). That of ##InternalMap, and both handles of\n"
+    "##InternalDblCol, show the map's entries (its table's rows, those of a\n"
+    "removed or a repeated key too) and its key and value, 63 (3 entries\n"
+    "string to object), 64 (0 entries int to double). A handle that names no\n"
+    "such store says what it names instead, 62 (names no object).\n"
     "\n"
     "JSON: {\"file\": ..., \"objects\": [...]}, an object per table, array or\n"
     "stream with its \"handle\" and \"kind\"; rows as {\"row\": n, \"values\": ...}.\n"
     "An absent field is null. A reference is the string the text shows, its\n"
-    "field of type \"reference\"; a null reference is null. A list's or blob's\n"
-    "handle, a field of type \"list\" or \"blob\", is {\"handle\": 57, \"length\":\n"
-    "8, \"kind\": \"int\"} (kind int, float, double, string, objects or bytes),\n"
-    "or {\"handle\": 62, \"problem\": \"names no object\"}. Doubles read back\n"
-    "exactly; a float is written as the double of its value; NaN and the\n"
-    "infinities are the strings \"NaN\", \"Infinity\" and \"-Infinity\". Strings\n"
-    "are UTF-8: a byte that is not part of valid UTF-8 becomes the character of\n"
-    "the same number (\\u0080 to \\u00FF). An object that could not be read in\n"
-    "full has an \"error\" member, and the exit status is then 1.\n"
+    "field of type \"reference\"; a null reference is null. A list's, blob's or\n"
+    "map's handle, a field of type \"list\", \"blob\" or \"map\", is {\"handle\": 57,\n"
+    "\"length\": 8, \"kind\": \"int\"} (kind int, float, double, string, objects or\n"
+    "bytes, or a map's key and value, \"string to object\"), or {\"handle\": 62,\n"
+    "\"problem\": \"names no object\"}. Doubles read back exactly; a float is\n"
+    "written as the double of its value; NaN and the infinities are the\n"
+    "strings \"NaN\", \"Infinity\" and \"-Infinity\". Strings are UTF-8: a byte\n"
+    "that is not part of valid UTF-8 becomes the character of the same number\n"
+    "(\\u0080 to \\u00FF). An object that could not be read in full has an\n"
+    "\"error\" member, and the exit status is then 1.\n"
     "\n"
     "What was asked for and cannot be shown fails with exit status 1 and the\n"
     "reason on standard error: no table of the layout NAME, no row or item in\n"

@@ -45,6 +45,9 @@ std::vector<zdb_Column> zdb_ObjectFile::Columns(rfm_Table const& table) const {
     std::uint32_t base = row->m_BaseClassId.value_or(kRomNoClass);
     if (row->m_ClassId == kRomInternalListClass) return zdb_CollectionRowColumns(table, base, zdb_Column::kListTarget);
     if (row->m_ClassId == kRomInternalBlobClass) return zdb_CollectionRowColumns(table, base, zdb_Column::kBlobTarget);
+    if (row->m_ClassId == kRomInternalMapClass || row->m_ClassId == kRomInternalDblColClass) {
+      return zdb_CollectionRowColumns(table, base, zdb_Column::kMapTarget);
+    }
     return zdb_ClassTableColumns(table, base);
   }
   std::string name = table.TableMetadata().TableName().CStr();

@@ -34,9 +34,9 @@ public:
   // The catalogue row of the class whose table is at handle, or null.
   zdb_ClassRow const* ClassOfTable(int handle) const;
   // The columns of table by what it is in this file: a class's table (that
-  // of ##InternalList or ##InternalBlob with its target column), a
-  // collection's (a table of the object layer's own, not a class's), or
-  // neither (see zdb_TableColumns.h).
+  // of ##InternalList, ##InternalBlob, ##InternalMap or ##InternalDblCol
+  // with its target columns), a collection's (a table of the object
+  // layer's own, not a class's), or neither (see zdb_TableColumns.h).
   std::vector<zdb_Column> Columns(rfm_Table const& table) const;
 
   // A class as a reference shows it: its name in the catalogue, else the

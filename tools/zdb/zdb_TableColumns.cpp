@@ -13,6 +13,7 @@ namespace {
 constexpr char kReferenceType[] = "reference";
 constexpr char kListType[] = "list";
 constexpr char kBlobType[] = "blob";
+constexpr char kMapType[] = "map";
 
 // The names of a reference's two fields, and of its column.
 struct FieldPair {
@@ -33,7 +34,8 @@ bool EndsWith(std::string const& text, char const* suffix) {
   return text.size() >= length && text.compare(text.size() - length, length, suffix) == 0;
 }
 
-std::vector<zdb_Column> Columns(rfm_Table const& table, std::vector<FieldPair> const& pairs, std::uint32_t baseClass) {
+std::vector<zdb_Column> Columns(rfm_Table const& table, std::vector<FieldPair> const& pairs, std::uint32_t baseClass,
+                                zdb_Column::Kind pairKind = zdb_Column::kReference) {
   rfm_MapName2FieldMetadata const& fields = table.GetFieldMap();
   std::vector<zdb_Column> references;
   std::map<std::string, std::size_t> referenceOf;  // by the name of either field
@@ -42,7 +44,7 @@ std::vector<zdb_Column> Columns(rfm_Table const& table, std::vector<FieldPair> c
     rfm_FieldMetadata const* classId = IntField(fields, pair.m_ClassId);
     if (oid == nullptr || classId == nullptr) continue;
     zdb_Column column;
-    column.m_Kind = zdb_Column::kReference;
+    column.m_Kind = pairKind;
     column.m_Name = pair.m_Name;
     column.m_Type = rfm_TypeInt;
     column.m_Index = oid->Index();
@@ -94,14 +96,19 @@ std::vector<zdb_Column> zdb_CollectionRowColumns(rfm_Table const& table, std::ui
                                                  zdb_Column::Kind target) {
   std::vector<zdb_Column> columns = zdb_ClassTableColumns(table, baseClass);
   std::string handle = std::string(kRomTargetName) + kRomHandleSuffix;
+  std::string second = std::string(kRomTargetName) + kRomHandle2Suffix;
   for (zdb_Column& column : columns) {
-    if (column.m_Name == handle && column.m_Type == rfm_TypeHandle) column.m_Kind = target;
+    if (column.m_Type != rfm_TypeHandle) continue;
+    if (column.m_Name == handle || (target == zdb_Column::kMapTarget && column.m_Name == second)) {
+      column.m_Kind = target;
+    }
   }
   return columns;
 }
 
 std::vector<zdb_Column> zdb_CollectionColumns(rfm_Table const& table) {
-  return Columns(table, {{kRomElementOidName, kRomElementClassIdName, kRomElementOidName}}, kRomNoClass);
+  return Columns(table, {{kRomElementOidName, kRomElementClassIdName, kRomElementOidName}}, kRomNoClass,
+                 zdb_Column::kElementReference);
 }
 
 zdb_StoredReference zdb_ReadReference(rfm_Row const& row, zdb_Column const& column) {
@@ -117,6 +124,17 @@ zdb_StoredReference zdb_ReadReference(rfm_Row const& row, zdb_Column const& colu
   return reference;
 }
 
+zdb_CollectionTarget zdb_TargetOf(zdb_TableFinder const& finder, zdb_Column const& column, int handle) {
+  switch (column.m_Kind) {
+    case zdb_Column::kListTarget:
+      return zdb_CollectionTarget::OfList(finder, handle);
+    case zdb_Column::kBlobTarget:
+      return zdb_CollectionTarget::OfBlob(finder, handle);
+    default:
+      return zdb_CollectionTarget::OfMap(finder, handle);
+  }
+}
+
 std::string zdb_ColumnTypeName(zdb_Column const& column) {
   switch (column.m_Kind) {
     case zdb_Column::kField:
@@ -125,7 +143,10 @@ std::string zdb_ColumnTypeName(zdb_Column const& column) {
       return kListType;
     case zdb_Column::kBlobTarget:
       return kBlobType;
+    case zdb_Column::kMapTarget:
+      return kMapType;
     case zdb_Column::kReference:
+    case zdb_Column::kElementReference:
     case zdb_Column::kBaseReference:
       break;
   }

@@ -5,7 +5,9 @@
 #include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "cls_ClassRegistrar.h"
+#include "cls_Lazy.h"
 #include "cls_PersistentCollection.h"
+#include "cls_PersistentLazy.h"
 #include "cls_PersistentMap.h"
 #include "cls_PersistentMember.h"
 #include "cls_PersistentMetadata.h"
@@ -27,7 +29,8 @@
 //
 // The attribute type follows from the member's C++ type (int, unsigned int,
 // bool, float, double, cow_String, or cow_COW<U> of a persistent U, a
-// reference to U's class); std::vector of int, unsigned int, double, float,
+// reference to U's class, or cls_Lazy<U>, the same reference loaded only
+// when asked for); std::vector of int, unsigned int, double, float,
 // cow_String or bool is a list of values, std::vector<cow_COW<U>> a list of
 // objects, std::vector<char> a blob; std::map from int, unsigned int or
 // cow_String to double, float, int, unsigned int, cow_String or cow_COW<U>
@@ -57,6 +60,11 @@ public:
   template <class U>
   cls_Persistent& Member(int fieldId, cow_String const& name, cow_COW<U> T::*member) {
     return Add(std::make_shared<cls_PersistentReference<T, U> const>(cls_FieldHandle(fieldId, name), member));
+  }
+  // A reference read only when asked for (cls_Lazy), stored as the one above.
+  template <class U>
+  cls_Persistent& Member(int fieldId, cow_String const& name, cls_Lazy<U> T::*member) {
+    return Add(std::make_shared<cls_PersistentLazy<T, U> const>(cls_FieldHandle(fieldId, name), member));
   }
 
   // A list of values, stored columns elements per logical row.

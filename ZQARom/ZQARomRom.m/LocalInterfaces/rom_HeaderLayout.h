@@ -2,8 +2,10 @@
 #define rom_HeaderLayout_h
 
 #include "cls_CollectionClass.h"
+#include "rfm_Type.h"
 
 #include <cstdint>
+#include <cstring>
 
 // The object layer's header, at the database's root object (handle 4), and
 // the catalogue of class tables it leads to. The root's first word tells the
@@ -144,9 +146,13 @@ constexpr int kRomTargetHandle2Column = 1;
 inline constexpr char kRomListTableName[] = "##List";
 inline constexpr char kRomStringArrayTableName[] = "##StringArray";
 
-// The tables that hold maps: string or int keys to objects, and to values
-// (an unsigned value is the int of the same bits; a map of int pairs is an
-// "int table" too).
+// The tables that hold maps, one layout for each kind of key and value.
+// Rows stand in the order written, and a key may have several. ##Map and
+// ##MapInt2Obj hold an object by kRomElementOidName and
+// kRomElementClassIdName (columns 0 and 1) and the key in column 2; the
+// others hold kRomElementDataName and kRomElementKeyName, addressed by
+// name, since the two change places among them. Unsigned values are stored
+// in the Int layouts as the int of the same bits.
 inline constexpr char kRomMapTableName[] = "##Map";
 inline constexpr char kRomMapInt2ObjTableName[] = "##MapInt2Obj";
 inline constexpr char kRomMapString2DoubleTableName[] = "##MapString2Double";
@@ -157,6 +163,34 @@ inline constexpr char kRomMapInt2DoubleTableName[] = "##MapInt2Double";
 inline constexpr char kRomMapInt2FloatTableName[] = "##MapInt2Float";
 inline constexpr char kRomMapInt2IntTableName[] = "##MapInt2Int";
 inline constexpr char kRomMapInt2StringTableName[] = "##MapInt2String";
+
+// A map's table layout by what it holds: the type of its key, rfm_TypeInt
+// or rfm_TypeString, and of its values, rfm_TypeNone for objects.
+struct rom_MapLayout {
+  char const* m_Name;
+  rfm_Type m_Key;
+  rfm_Type m_Value;
+};
+
+inline constexpr rom_MapLayout kRomMapLayouts[] = {
+    {kRomMapTableName, rfm_TypeString, rfm_TypeNone},
+    {kRomMapInt2ObjTableName, rfm_TypeInt, rfm_TypeNone},
+    {kRomMapString2DoubleTableName, rfm_TypeString, rfm_TypeDouble},
+    {kRomMapString2FloatTableName, rfm_TypeString, rfm_TypeFloat},
+    {kRomMapString2IntTableName, rfm_TypeString, rfm_TypeInt},
+    {kRomMapString2StringTableName, rfm_TypeString, rfm_TypeString},
+    {kRomMapInt2DoubleTableName, rfm_TypeInt, rfm_TypeDouble},
+    {kRomMapInt2FloatTableName, rfm_TypeInt, rfm_TypeFloat},
+    {kRomMapInt2IntTableName, rfm_TypeInt, rfm_TypeInt},
+    {kRomMapInt2StringTableName, rfm_TypeInt, rfm_TypeString},
+};
+
+// Whether name is the layout of a map's table.
+inline bool rom_IsMapLayout(char const* name) {
+  for (rom_MapLayout const& layout : kRomMapLayouts)
+    if (std::strcmp(layout.m_Name, name) == 0) return true;
+  return false;
+}
 
 // Whether a catalogue row records its class's version: catalogues of old
 // files lack the field, and a row whose field holds no data counts as

@@ -20,26 +20,26 @@
 
 // The store of a map from K to T: its table's layout and extent quantum.
 template <class K, class T, char const* TableName, char const* QuantumName>
-struct rom_MapLayout {
+struct rom_MapPrimLayout {
   using Key = K;
   using Value = T;
   static char const* Table() { return TableName; }
   static int Quantum() { return rom_ExtentQuantum(QuantumName, kRomColMapValueQuantumDefault); }
 };
 
-using rom_ArrayInt2Double = rom_MapLayout<int, double, kRomMapInt2DoubleTableName, kRomQuantumColInt2Double>;
-using rom_ArrayInt2Float = rom_MapLayout<int, float, kRomMapInt2FloatTableName, kRomQuantumColInt2Float>;
-using rom_ArrayInt2Int = rom_MapLayout<int, int, kRomMapInt2IntTableName, kRomQuantumColInt2Int>;
-using rom_ArrayInt2Uint = rom_MapLayout<int, unsigned int, kRomMapInt2IntTableName, kRomQuantumColInt2Uint>;
-using rom_ArrayInt2String = rom_MapLayout<int, cow_String, kRomMapInt2StringTableName, kRomQuantumColInt2String>;
+using rom_ArrayInt2Double = rom_MapPrimLayout<int, double, kRomMapInt2DoubleTableName, kRomQuantumColInt2Double>;
+using rom_ArrayInt2Float = rom_MapPrimLayout<int, float, kRomMapInt2FloatTableName, kRomQuantumColInt2Float>;
+using rom_ArrayInt2Int = rom_MapPrimLayout<int, int, kRomMapInt2IntTableName, kRomQuantumColInt2Int>;
+using rom_ArrayInt2Uint = rom_MapPrimLayout<int, unsigned int, kRomMapInt2IntTableName, kRomQuantumColInt2Uint>;
+using rom_ArrayInt2String = rom_MapPrimLayout<int, cow_String, kRomMapInt2StringTableName, kRomQuantumColInt2String>;
 using rom_ArrayString2Double =
-    rom_MapLayout<cow_String, double, kRomMapString2DoubleTableName, kRomQuantumColString2Double>;
-using rom_ArrayString2Float = rom_MapLayout<cow_String, float, kRomMapString2FloatTableName, kRomQuantumColString2Float>;
-using rom_ArrayString2Int = rom_MapLayout<cow_String, int, kRomMapString2IntTableName, kRomQuantumColString2Int>;
+    rom_MapPrimLayout<cow_String, double, kRomMapString2DoubleTableName, kRomQuantumColString2Double>;
+using rom_ArrayString2Float = rom_MapPrimLayout<cow_String, float, kRomMapString2FloatTableName, kRomQuantumColString2Float>;
+using rom_ArrayString2Int = rom_MapPrimLayout<cow_String, int, kRomMapString2IntTableName, kRomQuantumColString2Int>;
 using rom_ArrayString2Uint =
-    rom_MapLayout<cow_String, unsigned int, kRomMapString2IntTableName, kRomQuantumColString2Uint>;
+    rom_MapPrimLayout<cow_String, unsigned int, kRomMapString2IntTableName, kRomQuantumColString2Uint>;
 using rom_ArrayString2String =
-    rom_MapLayout<cow_String, cow_String, kRomMapString2StringTableName, kRomQuantumColString2String>;
+    rom_MapPrimLayout<cow_String, cow_String, kRomMapString2StringTableName, kRomQuantumColString2String>;
 
 // The reader of a map of layout A, behind the interface Base.
 template <class Base, class A>

@@ -47,12 +47,15 @@ rom_TransporterMetadata::rom_TransporterMetadata() {
   m_Tables.push_back(Layout(
       kRomMapTableName, {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kString}}));
   m_Tables.push_back(Layout("##MapString2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout(kRomMapString2DoubleTableName, {{kRomElementDataName, kDouble}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout(kRomMapString2FloatTableName, {{kRomElementDataName, kFloat}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout(kRomMapString2IntTableName, {{kRomElementDataName, kInt}, {kRomElementKeyName, kString}}));
-  m_Tables.push_back(Layout(kRomMapString2StringTableName, {{kRomElementDataName, kString}, {kRomElementKeyName, kString}}));
   m_Tables.push_back(
-      Layout(kRomMapInt2ObjTableName, {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kInt}}));
+      Layout(kRomMapString2DoubleTableName, {{kRomElementDataName, kDouble}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(
+      Layout(kRomMapString2FloatTableName, {{kRomElementDataName, kFloat}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout(kRomMapString2IntTableName, {{kRomElementDataName, kInt}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(
+      Layout(kRomMapString2StringTableName, {{kRomElementDataName, kString}, {kRomElementKeyName, kString}}));
+  m_Tables.push_back(Layout(kRomMapInt2ObjTableName,
+                            {{kRomElementOidName, kInt}, {kRomElementClassIdName, kInt}, {kRomElementKeyName, kInt}}));
   m_Tables.push_back(Layout("##MapInt2Handle", {{"Handle", kHandle}, {kRomElementKeyName, kInt}}));
   m_Tables.push_back(Layout(kRomMapInt2DoubleTableName, {{kRomElementDataName, kDouble}, {kRomElementKeyName, kInt}}));
   m_Tables.push_back(Layout(kRomMapInt2FloatTableName, {{kRomElementDataName, kFloat}, {kRomElementKeyName, kInt}}));

@@ -48,6 +48,7 @@ rom_UtlCopy::rom_UtlCopy(rom_UtlDatabase& target)
       m_Oid(kRomElementOidName, -1),
       m_Data(kRomElementDataName, -1),
       m_TargetHandle(cow_String(kRomTargetName) + kRomHandleSuffix, -1),
+      m_TargetHandle2(cow_String(kRomTargetName) + kRomHandle2Suffix, -1),
       m_TargetColumns(cow_String(kRomTargetName) + kRomColumnsSuffix, -1) {}
 
 rom_UtlCopy::~rom_UtlCopy() = default;
@@ -65,6 +66,8 @@ int rom_UtlCopy::CopyObject(unsigned int cid, int oid, rom_UtlDatabase const& so
   switch (cid) {
     case kRomInternalMapClass:
       return CopyMap(oid, source, excluded);
+    case kRomInternalDblColClass:
+      return CopyDoubleCollection(oid, source);
     case kRomInternalBlobClass:
       return CopyBlob(oid, source);
     case kRomInternalListClass:

@@ -1,5 +1,6 @@
 // The copy of collections: what a row of the object layer's internal
-// classes names through Target#Handle, and the rows of a collection's table.
+// classes names through Target#Handle (and a double collection's
+// Target#Handle2), and the rows of a collection's table.
 #include "rom_UtlCopy.h"
 
 #include "ZQABasAssert.h"
@@ -24,6 +25,8 @@ char const kNamesNothing[] = "rom_UtlCopy - Object %d of class %08X in %s names 
                              "of the file. The database is corrupt.";
 char const kNotATable[] = "rom_UtlCopy - Object %d of class %08X in %s names the handle %d, which is not a table. "
                           "The database is corrupt.";
+char const kNotAMap[] = "rom_UtlCopy - Object %d of class %08X in %s names the table \"%s\" at handle %d, which is "
+                        "no map's table. The database is corrupt.";
 char const kUnknownLayout[] = "rom_UtlCopy - The collection table \"%s\" of %s has a layout that %s does not know.";
 char const kHandleColumn[] = "rom_UtlCopy - The collection table \"%s\" of %s holds handles in its field \"%s\": "
                              "the copy cannot follow them.";
@@ -66,10 +69,10 @@ rfm_Handle AppendArray(rfm_Database const& from, rfm_Database const& to, rfm_Han
 // A handle the file hands out for no object raises, naming the file, here
 // and not in the record store, whose message would not. An object that has
 // not grown yet has no extent: only the list of objects tells it apart.
-rfm_Handle rom_UtlCopy::CollectionHandle(rfm_Row const& from, unsigned int cid, int oid,
+rfm_Handle rom_UtlCopy::CollectionHandle(rfm_Row const& from, rfm_FieldHandle const& field, unsigned int cid, int oid,
                                          rom_UtlDatabase const& source) const {
-  if (!from.DataIsPresent(m_TargetHandle)) return rfm_Handle();
-  rfm_Handle const handle = from.ReadFieldHandle(m_TargetHandle);
+  if (!from.DataIsPresent(field)) return rfm_Handle();
+  rfm_Handle const handle = from.ReadFieldHandle(field);
   rfm_Database const& database = source.Database();
   if (database.ExtentCount(handle) > 0) return handle;
   for (cow_ListIter<rfm_Handle> it(database.ObjectHandles()); !it.IsDone(); it.Next())
@@ -78,26 +81,52 @@ rfm_Handle rom_UtlCopy::CollectionHandle(rfm_Row const& from, unsigned int cid, 
                    atr_SubstituteFormat(atr_translate(kNamesNothing), oid, cid, database.FileName(), handle.Value()));
 }
 
-// Each of the three checks what its row names before it takes a row in
-// the target, and enters the new row before copying what the collection
-// holds, for the reason CopyObject's objects are entered early. A row
-// without data in its handle is an absent collection, and stays absent.
+// A table of another layout would be copied as rows of keys and values
+// it does not have: it is refused, as anything but a table is.
+rfm_Handle rom_UtlCopy::MapHandle(rfm_Row const& from, rfm_FieldHandle const& field, unsigned int cid, int oid,
+                                  rom_UtlDatabase const& source) const {
+  rfm_Handle const handle = CollectionHandle(from, field, cid, oid, source);
+  if (handle.IsNull()) return handle;
+  rfm_Database const& database = source.Database();
+  if (database.HandleType(handle) != rfm_TypeTable)
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate(kNotATable), oid, cid, database.FileName(), handle.Value()));
+  cow_String const layout = source.Table(handle).TableMetadata().TableName();
+  if (!rom_IsMapLayout(layout.CStr()))
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate(kNotAMap), oid, cid, database.FileName(), layout,
+                                          handle.Value()));
+  return handle;
+}
+
+// Each of these checks what its row names before it takes a row in the
+// target, and enters the new row before copying what the collection holds,
+// for the reason CopyObject's objects are entered early. A row without
+// data in a handle is an absent collection, and stays absent.
 int rom_UtlCopy::CopyMap(int oid, rom_UtlDatabase const& source, bool) {
   rfm_Row const from = source.Object(kRomInternalMapClass, oid);
-  rfm_Handle const handle = CollectionHandle(from, kRomInternalMapClass, oid, source);
-  if (!handle.IsNull() && source.Database().HandleType(handle) != rfm_TypeTable)
-    nex_ThrowMessage(kSourcePath, __LINE__,
-                     atr_SubstituteFormat(atr_translate(kNotATable), oid, kRomInternalMapClass,
-                                          source.Database().FileName(), handle.Value()));
+  rfm_Handle const handle = MapHandle(from, m_TargetHandle, kRomInternalMapClass, oid, source);
   rfm_Row const to = m_Target->NewObject(kRomInternalMapClass);
   Remember(kRomInternalMapClass, oid, source, to.Location());
   if (!handle.IsNull()) to.WriteFieldHandle(m_TargetHandle, CopyTable(handle, source));
   return to.Location();
 }
 
+// Its two handles name two maps of their own.
+int rom_UtlCopy::CopyDoubleCollection(int oid, rom_UtlDatabase const& source) {
+  rfm_Row const from = source.Object(kRomInternalDblColClass, oid);
+  rfm_Handle const first = MapHandle(from, m_TargetHandle, kRomInternalDblColClass, oid, source);
+  rfm_Handle const second = MapHandle(from, m_TargetHandle2, kRomInternalDblColClass, oid, source);
+  rfm_Row const to = m_Target->NewObject(kRomInternalDblColClass);
+  Remember(kRomInternalDblColClass, oid, source, to.Location());
+  if (!first.IsNull()) to.WriteFieldHandle(m_TargetHandle, CopyTable(first, source));
+  if (!second.IsNull()) to.WriteFieldHandle(m_TargetHandle2, CopyTable(second, source));
+  return to.Location();
+}
+
 int rom_UtlCopy::CopyList(int oid, rom_UtlDatabase const& source, bool excluded) {
   rfm_Row const from = source.Object(kRomInternalListClass, oid);
-  rfm_Handle const handle = CollectionHandle(from, kRomInternalListClass, oid, source);
+  rfm_Handle const handle = CollectionHandle(from, m_TargetHandle, kRomInternalListClass, oid, source);
   rfm_Type const type = handle.IsNull() ? rfm_TypeNone : source.Database().HandleType(handle);
   if (!handle.IsNull() && !IsListType(type)) return -1;
   rfm_Row const to = m_Target->NewObject(kRomInternalListClass);
@@ -111,7 +140,7 @@ int rom_UtlCopy::CopyList(int oid, rom_UtlDatabase const& source, bool excluded)
 
 int rom_UtlCopy::CopyBlob(int oid, rom_UtlDatabase const& source) {
   rfm_Row const from = source.Object(kRomInternalBlobClass, oid);
-  rfm_Handle const handle = CollectionHandle(from, kRomInternalBlobClass, oid, source);
+  rfm_Handle const handle = CollectionHandle(from, m_TargetHandle, kRomInternalBlobClass, oid, source);
   rfm_Row const to = m_Target->NewObject(kRomInternalBlobClass);
   Remember(kRomInternalBlobClass, oid, source, to.Location());
   if (!handle.IsNull()) to.WriteFieldHandle(m_TargetHandle, CopySpace(oid, handle, source));

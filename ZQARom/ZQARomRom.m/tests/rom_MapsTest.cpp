@@ -179,6 +179,47 @@ TEST(Maps, RewritingAnOwnerWritesItsMapsOverInPlace) {
   EXPECT_TRUE(*rom_ReadObject<Catalog>(again, row).ConstGet() == *catalog.ConstGet());
 }
 
+int IdOf(cls_CowValue const& value) {
+  if (!value.HasValue()) return -1;
+  cow_COW<Part> const part = value.As<Part>();
+  return part.ConstGet()->id;
+}
+
+TEST(Maps, TheTypedHelperTakesTheFirstEntryOfAKeyThatHoldsAnObject) {
+  zqa_TestDir dir;
+  cow_String const path = dir.File("repeats.mdl");
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  rom_CidOid catalog, later;
+  {
+    rom_Transporter t(registrar, Create(path), "MDL", "repeats", 0, -1);
+    catalog = rom_WriteObject(t, MakeCatalog(MakePart(1)));
+    later = rom_WriteObject(t, MakePart(77));
+    // Entries another writer may have left: a later object for a key whose
+    // entry is null, and one for a key that has an object already.
+    rfm_Row const owner = t.GetClassBagForRead(Catalog::kClassId).Table().ReadRow(catalog.m_Oid);
+    int const mapRow = owner.ReadFieldInt(rfm_FieldHandle(cow_String("PartsByName") + cow_String(kRomOidSuffix), -1));
+    rfm_Table const entries = t.Database().Table(
+        t.GetClassBagForRead(kRomInternalMapClass).Table().ReadRow(mapRow).ReadFieldHandle(
+            rfm_FieldHandle(kRomTargetHandleColumn)),
+        8, -1);
+    for (char const* key : {"none", "left"}) {
+      rfm_Row const row = entries.NewRow();
+      row.WriteFieldInt(rfm_FieldHandle(0), later.m_Oid);
+      row.WriteFieldInt(rfm_FieldHandle(1), static_cast<int>(Part::kClassId));
+      row.WriteFieldString(rfm_FieldHandle(kRomElementKeyName, -1), cow_String(key));
+    }
+    entries.Flush();
+    t.Flush();
+  }
+  rom_Transporter t(registrar, ReadOnly(path), "MDL", -1);
+  cow_COW<Catalog> const read = rom_ReadObject<Catalog>(t, catalog);
+  auto const& parts = read.ConstGet()->partsByName;
+  EXPECT_EQ(parts.size(), 3u);
+  EXPECT_EQ(IdOf(cls_CowValue(parts.at(cow_String("none")))), 77);
+  EXPECT_EQ(IdOf(cls_CowValue(parts.at(cow_String("left")))), 1);
+}
+
 // The row of a new map, and its memento, straight on the map class.
 struct MapRow {
   explicit MapRow(rom_Transporter& t, unsigned int cid = kRomInternalMapClass)
@@ -189,12 +230,6 @@ struct MapRow {
 void WritePart(cls_ClassRegistrar const& registrar, cls_AgentRequest const& entry, cow_COW<Part> const& part) {
   cls_CowValue const value(part);
   registrar.ConstGet(Part::kClassId).DBWrite(value.Address(), cls_WriteVisitor(entry, &value, nullptr));
-}
-
-int IdOf(cls_CowValue const& value) {
-  if (!value.HasValue()) return -1;
-  cow_COW<Part> const part = value.As<Part>();
-  return part.ConstGet()->id;
 }
 
 TEST(Maps, WritersKeepOrderAndRepeatsAndTheSecondCollectionOfADoubleOne) {
@@ -393,6 +428,68 @@ TEST(Maps, AReaderBesideAWriterSnapsInNewKeysAndAWriteSideAgentEmptiesTheMap) {
   std::unique_ptr<cls_AgentMapKey2Obj<int>> rewrite(map.memento.MakeAgentMapInt2Obj());
   EXPECT_TRUE(rewrite->Present(1));
   EXPECT_THROW(WritePart(registrar, cls_WriteRequestAgentMap<int>(*rewrite, 1), MakePart(1)), std::exception);
+}
+
+// A writer process adds a key a round through its agent and removes the
+// key two rounds old, while a reader process's agent snaps: after each
+// round's flush the reader's index holds every key the writer has and reads
+// each one's object. A Snap keeps what the index knew of a key present
+// before, so a key removed since still says present; its row, read again,
+// holds no object.
+constexpr int kAgentRounds = 40;
+
+void AgentWriter(cow_String const& path, zqa_Signal const& begin, zqa_Signal const& flushed) {
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  rom_Transporter t(registrar, Create(path), "MDL", "beside", 0, -1);
+  MapRow map(t);
+  std::unique_ptr<cls_AgentMapKey2Obj<int>> agent(map.memento.MakeAgentMapInt2Obj());
+  agent->Flush();
+  t.Flush();
+  flushed.Send();
+  for (int round = 0; round < kAgentRounds; ++round) {
+    begin.Wait();
+    WritePart(registrar, cls_WriteRequestAgentMap<int>(*agent, round), MakePart(1000 + round));
+    if (round >= 2) agent->Remove(round - 2);
+    agent->Flush();
+    t.Flush();
+    flushed.Send();
+  }
+}
+
+void AgentReader(cow_String const& path, zqa_Signal const& begin, zqa_Signal const& flushed) {
+  cls_ClassRegistrar registrar;
+  Register(registrar);
+  flushed.Wait();
+  rom_Transporter reader(registrar, ReadOnly(path), "MDL", -1);
+  rom_MementoRead row(reader, kRomInternalMapClass, 0, cls_Uid());
+  std::unique_ptr<cls_AgentMapKey2Obj<int>> agent(row.MakeAgentMapInt2Obj());
+  zqa_Require(agent != nullptr, "the map row holds a map");
+  for (int round = 0; round < kAgentRounds; ++round) {
+    begin.Send();
+    flushed.Wait();
+    reader.Snap();
+    zqa_Require(agent->Snap() == 1, "round " + std::to_string(round) + " not snapped in");
+    int keys = 0;
+    for (agent->First(); !agent->IsDone(); agent->Next()) ++keys;
+    zqa_Require(keys == round + 1, "round " + std::to_string(round) + ": " + std::to_string(keys) + " keys");
+    for (int key = 0; key <= round; ++key) {
+      bool const removed = key + 2 <= round;
+      std::string const where = "key " + std::to_string(key) + " in round " + std::to_string(round);
+      zqa_Require(agent->Present(key), where + " not present");
+      zqa_Require(IdOf(agent->Get(key, Part::kClassId)) == (removed ? -1 : 1000 + key), where + ": wrong object");
+    }
+  }
+}
+
+TEST(Maps, AnAgentInAnotherProcessSnapsInEachRoundOfAWritersAgent) {
+  zqa_TestDir dir;
+  cow_String const path = dir.File("beside.mdl");
+  zqa_Signal begin, flushed;
+  int const writer = zqa_StartChild([&] { AgentWriter(path, begin, flushed); });
+  int const reader = zqa_StartChild([&] { AgentReader(path, begin, flushed); });
+  EXPECT_EQ(0, zqa_WaitChild(reader));
+  EXPECT_EQ(0, zqa_WaitChild(writer));
 }
 
 std::string MessageOf(std::function<void()> const& action) {

@@ -134,10 +134,12 @@ rom_SampleTransporterFile::Contents rom_SampleTransporterFile::Write(cls_ClassRe
                                                                     rfm_File const& file) {
   Contents contents;
   rom_Transporter transporter(registrar, file, kMagic, kDescription, kCreationTime, kReleaseType);
-  auto list = transporter.Database().ArrayInt(kListColumns, -1, 0);
+  // One element a row, as the object layer stores a list: a logical row of
+  // kListColumns elements spans as many rows of the array.
+  auto list = transporter.Database().ArrayInt(1, -1, 0);
   for (int i = 0; i < kListRows; ++i) {
     int const pair[kListColumns] = {i, i + 1};
-    list.Write(pair, 1);
+    list.Write(pair, kListColumns);
   }
   list.Flush();
   contents.m_Array = list.Handle();
