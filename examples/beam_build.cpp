@@ -48,7 +48,7 @@ cow_COW<Step> MakeStep(char const* name, std::vector<double> loads, std::vector<
   step.Get()->loads = std::move(loads);
   step.Get()->active = std::move(active);
   step.Get()->outputs = std::move(outputs);
-  step.Get()->results = std::move(results);
+  step.Get()->results = cls_Lazy<StepResults>(std::move(results));
   return step;
 }
 
@@ -66,13 +66,15 @@ cow_COW<StepResults> Deflection(double time, double tip) {
     double const slope = tip * 3 * s * (2 - s) / (2 * kLength);
     for (int corner = 0; corner < kSection; ++corner) {
       double const ux = -(corner / 2 - 0.5) * slope;
-      nodeRows[kSection * station + corner + 1] = static_cast<int>(displacements.size()) / StepResults::kDisplacementColumns;
+      nodeRows[kSection * station + corner + 1] =
+          static_cast<int>(displacements.size()) / StepResults::kDisplacementColumns;
       displacements.insert(displacements.end(), {ux, 0.0, uz});
       largest = std::max(largest, std::sqrt(ux * ux + uz * uz));
     }
   }
   std::map<cow_String, double> extremes = {{"max |u|", largest}, {"tip uz", tip}};
-  return cow_COW<StepResults>(new StepResults(time, std::move(displacements), std::move(nodeRows), std::move(extremes)));
+  return cow_COW<StepResults>(
+      new StepResults(time, std::move(displacements), std::move(nodeRows), std::move(extremes)));
 }
 
 // The input deck the beam is built from, as its user wrote it.

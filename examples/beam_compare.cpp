@@ -59,8 +59,8 @@ bool SameElementSet(ElementSet const& a, ElementSet const& b) {
 
 bool SameStep(Step const& a, Step const& b) {
   return a.name == b.name && a.loads == b.loads && a.active == b.active && a.outputs == b.outputs &&
-         a.history == b.history &&
-         SameHeld(a.results, b.results, [](StepResults const& x, StepResults const& y) { return x == y; });
+         a.history == b.history && a.results.HasValue() == b.results.HasValue() &&
+         SameHeld(a.results.Get(), b.results.Get(), [](StepResults const& x, StepResults const& y) { return x == y; });
 }
 
 }  // namespace

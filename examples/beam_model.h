@@ -19,6 +19,7 @@
 #include "beam_results.h"
 #include "cls_AgentListPrim.h"
 #include "cls_ClassRegistrar.h"
+#include "cls_Lazy.h"
 #include "cls_Uid.h"
 #include "cow_COW.h"
 #include "cow_String.h"
@@ -66,8 +67,9 @@ struct Step {
   std::vector<bool> active;
   std::vector<cow_String> outputs;
   std::vector<double> history;
-  // None while the step has not run.
-  cow_COW<StepResults> results;
+  // None while the step has not run. Read from a file, read only when
+  // asked for (Get).
+  cls_Lazy<StepResults> results;
 };
 
 // The root: everything of one beam.

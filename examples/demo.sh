@@ -14,9 +14,16 @@ mkdir -p "$build/demo"
 cd "$build/demo"
 rm -f beam.zdb beam.mdb other.mdb run.mdb beam-copy.mdb
 
+# show ARGS: runs zdb ARGS after the command line, in a form a shell takes
+# (a word that begins with # quoted).
 show() {
+  local words=() word
+  for word in "$@"; do
+    [[ $word == \#* ]] && word="\"$word\""
+    words+=("$word")
+  done
   echo
-  echo "\$ zdb $*"
+  echo "\$ zdb ${words[*]}"
   "$zdb" "$@"
 }
 
@@ -33,11 +40,12 @@ echo
 "$build/examples/model_file" follow run.mdb
 show classes beam.mdb
 show dump beam.mdb --table Material
-# The table of the second material's parameters: the map row its
-# reference names, and the handle that row holds.
+# The second material's parameters: the map row its reference names, and
+# the table of entries that row holds.
 map=$("$zdb" dump beam.mdb --table Material --rows 1:2 | sed -n 's/.*Parameters=##InternalMap\[\([0-9]*\)\].*/\1/p')
-parameters=$("$zdb" dump beam.mdb --table "##InternalMap" --rows "$map:$((map + 1))" |
-  sed -n 's/.*Target#Handle=\([0-9]*\).*/\1/p')
+rows="$map:$((map + 1))"
+show dump beam.mdb --table "##InternalMap" --rows "$rows"
+parameters=$("$zdb" dump beam.mdb --table "##InternalMap" --rows "$rows" | sed -n 's/.*Target#Handle=\([0-9]*\).*/\1/p')
 show dump beam.mdb --handle "$parameters"
 show check beam.mdb
 echo

@@ -67,9 +67,9 @@ void Write(char const* path) {
   std::printf(
       "wrote %s: %zu materials, %zu nodes, %zu Hex8, %zu Quad4, %zu node sets, %zu element sets, %zu steps, a "
       "deck of %zu bytes; %d rows, %d of them lists and %d maps\n",
-      path, model.materials.size(), model.nodes.size(), model.solids.size(), model.shells.size(),
-      model.nodeSets.size(), model.elementSets.size(), model.steps.size(), model.deck.size(), Rows(file),
-      file.GetTableSize(cls_kListClass), file.GetTableSize(cls_kMapClass));
+      path, model.materials.size(), model.nodes.size(), model.solids.size(), model.shells.size(), model.nodeSets.size(),
+      model.elementSets.size(), model.steps.size(), model.deck.size(), Rows(file), file.GetTableSize(cls_kListClass),
+      file.GetTableSize(cls_kMapClass));
 
   // The same objects again: each is known, and stored already.
   int const rows = Rows(file);
@@ -167,6 +167,51 @@ cow_COW<Model> ReadModel(rom_Transporter& file) {
   return rom_ReadObject<Model>(file, 0);
 }
 
+// The steps of model that have results.
+std::vector<Step const*> StepsWithResults(Model const& model) {
+  std::vector<Step const*> steps;
+  for (auto const& step : model.steps)
+    if (step.ConstGet()->results.HasValue()) steps.push_back(step.ConstGet());
+  return steps;
+}
+
+// Reading the model read no step's results; the first Get of one step's
+// results reads them, once: a second Get, and a Get through a copy of the
+// member, read nothing more, and the identity the member gave before
+// reading is the object's. Answers what it counted; raises where that does
+// not hold.
+std::string CheckResultsReadWhenAsked(Model const& model) {
+  std::vector<Step const*> const steps = StepsWithResults(model);
+  if (steps.empty()) throw std::runtime_error("no step has results");
+  int const withModel = StepResults::ReadCount();
+  if (withModel != 0) throw std::runtime_error(std::to_string(withModel) + " step results were read with the model");
+  for (Step const* step : steps)
+    if (step->results.IsLoaded())
+      throw std::runtime_error(std::string("the results of ") + step->name.CStr() + " are in memory unasked");
+  Step const& first = *steps.front();
+  std::string const name = first.name.CStr();
+  cls_Uid const uid = first.results.Uid();
+  if (StepResults::ReadCount() != 0)
+    throw std::runtime_error("asking for the identity of " + name + "'s results read them");
+  cow_COW<StepResults> const& results = first.results.Get();
+  int const atFirstGet = StepResults::ReadCount();
+  first.results.Get();
+  cls_Lazy<StepResults> const copy = first.results;
+  if (!copy.IsLoaded()) throw std::runtime_error("a copy of " + name + "'s results does not share what was read");
+  copy.Get();
+  int const more = StepResults::ReadCount() - atFirstGet;
+  if (atFirstGet != 1 || more != 0)
+    throw std::runtime_error("the first Get of " + name + "'s results read " + std::to_string(atFirstGet) +
+                             ", the next ones " + std::to_string(more));
+  if (!(results.ConstGet()->Uid() == uid))
+    throw std::runtime_error(name + "'s results have another identity than the one promised");
+  for (Step const* step : steps)
+    if (step != &first && step->results.IsLoaded())
+      throw std::runtime_error(std::string("reading ") + name + "'s results read those of " + step->name.CStr());
+  return std::to_string(withModel) + " step results read with the model, " + std::to_string(atFirstGet) +
+         " at the first Get of " + name + "'s, " + std::to_string(more) + " more at a second Get and through a copy";
+}
+
 int Read(char const* path) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
@@ -175,15 +220,16 @@ int Read(char const* path) {
   rom_Transporter file(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kModelMagic, -1);
   // The root, and with it everything it refers to.
   cow_COW<Model> const read = ReadModel(file);
+  std::string const lazily = CheckResultsReadWhenAsked(*read.ConstGet());
   std::string const difference = FirstDifference(expected, *read.ConstGet());
   if (!difference.empty()) {
     std::fprintf(stderr, "%s: the model read differs from the one written: %s\n", path, difference.c_str());
     return 1;
   }
+  std::printf("read %s: %s, %d once every step was compared\n", path, lazily.c_str(), StepResults::ReadCount());
   SharedObjects const reached = Reached(*read.ConstGet());
-  std::printf(
-      "read %s: the model equals the one written; %zu Material, %zu Node and %zu element objects in memory\n", path,
-      reached.materials.size(), reached.nodes.size(), reached.elements.size());
+  std::printf("read %s: the model equals the one written; %zu Material, %zu Node and %zu element objects in memory\n",
+              path, reached.materials.size(), reached.nodes.size(), reached.elements.size());
   if (reached.materials.size() != expected.materials.size() || reached.nodes.size() != expected.nodes.size() ||
       reached.elements.size() != expected.solids.size() + expected.shells.size()) {
     std::fprintf(stderr, "%s: a shared object was read as more than one\n", path);
@@ -209,18 +255,23 @@ int Read(char const* path) {
 }
 
 // The model read from one file and written into another through a second
-// transporter.
+// transporter. Step results never read go there as copies of their rows,
+// and are not read for it.
 void Transfer(char const* path, char const* otherPath) {
   cls_ClassRegistrar registrar;
   RegisterModel(registrar);
   rom_Transporter source(registrar, rfm_File::Open(path, utl_FileAccessRead, false), kModelMagic, -1);
   cow_COW<Model> const model = ReadModel(source);
+  std::size_t const unread = StepsWithResults(*model.ConstGet()).size();
   rom_Transporter other(registrar, rfm_File::Open(otherPath, utl_FileAccessCreate, false), kModelMagic,
                         "Model of a cantilever beam, transferred", static_cast<long>(std::time(nullptr)), -1);
   rom_WriteObject(other, model);
   other.Flush();
-  std::printf("transferred the model of %s into %s: %d rows; %d step results read\n", path, otherPath, Rows(other),
-              StepResults::ReadCount());
+  if (StepResults::ReadCount() != 0)
+    throw std::runtime_error("writing the model into " + std::string(otherPath) + " read " +
+                             std::to_string(StepResults::ReadCount()) + " step results");
+  std::printf("transferred the model of %s into %s: %d rows; the results of %zu steps copied, %d step results read\n",
+              path, otherPath, Rows(other), unread, StepResults::ReadCount());
 }
 
 }  // namespace

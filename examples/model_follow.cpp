@@ -164,4 +164,3 @@ int Follow(char const* path) {
   if (waitpid(solver, &status, 0) != solver || !WIFEXITED(status) || WEXITSTATUS(status) != 0) return 1;
   return viewed;
 }
-

@@ -77,11 +77,11 @@ namespace typed {
 
 struct Part {
   static constexpr unsigned int kClassId = 0x02000002;
-  cls_Uid uid;                       // the object's identity in memory
-  cow_String name;                   // a value
-  cow_COW<Material> material;        // a reference to a shared object
-  std::vector<double> corners;       // a list: x, y, z of each corner
-  std::map<cow_String, int> tags;    // a map
+  cls_Uid uid;                     // the object's identity in memory
+  cow_String name;                 // a value
+  cow_COW<Material> material;      // a reference to a shared object
+  std::vector<double> corners;     // a list: x, y, z of each corner
+  std::map<cow_String, int> tags;  // a map
 };
 
 void Register(cls_ClassRegistrar& registrar) {
@@ -133,7 +133,9 @@ class Part {
 public:
   static constexpr unsigned int kClassId = 0x02000002;
   Part(cow_String name, cow_COW<Material> material, std::vector<double> corners, std::map<cow_String, int> tags)
-      : m_Name(std::move(name)), m_Material(std::move(material)), m_Corners(std::move(corners)),
+      : m_Name(std::move(name)),
+        m_Material(std::move(material)),
+        m_Corners(std::move(corners)),
         m_Tags(std::move(tags)) {}
   explicit Part(cls_ReadVisitor const& visitor);
   void DBWrite(cls_WriteVisitor const& visitor) const;
@@ -155,8 +157,8 @@ void Part::DBWrite(cls_WriteVisitor const& visitor) const {
   // A collection is a row of the object layer's own collection class, and
   // the store of its elements, poured in by a writer.
   cls_CollectionWriteRow const corners(visitor, PartField::Corners, cls_kListClass, cls_CollListPrim);
-  cls_Received<cls_WriteListPrim<double>> list(
-      corners.Memento() ? corners.Memento()->MakeWriteListPrim(double(), 3) : nullptr);
+  cls_Received<cls_WriteListPrim<double>> list(corners.Memento() ? corners.Memento()->MakeWriteListPrim(double(), 3)
+                                                                 : nullptr);
   if (list && !m_Corners.empty()) list->Write(m_Corners.data(), static_cast<int>(m_Corners.size()));
   cls_CollectionWriteRow const tags(visitor, PartField::Tags, cls_kMapClass, cls_CollMapString2Prim);
   cls_Received<cls_WriteMapKey2Prim<cow_String, int>> map(
@@ -170,15 +172,15 @@ Part::Part(cls_ReadVisitor const& visitor)
       m_Name(visitor.Read(PartField::Name, cow_String())),
       m_Material(visitor.ReadObjCow<Material>(PartField::Material)) {
   cls_CollectionReadRow const corners(visitor, PartField::Corners, cls_kListClass);
-  cls_Received<cls_ReadListPrim<double>> list(
-      corners.Memento() ? corners.Memento()->MakeReadListPrim(double()) : nullptr);
+  cls_Received<cls_ReadListPrim<double>> list(corners.Memento() ? corners.Memento()->MakeReadListPrim(double())
+                                                                : nullptr);
   if (list) {
     m_Corners.resize(static_cast<std::size_t>(std::max(list->Size(), 0)));
     m_Corners.resize(static_cast<std::size_t>(list->Read(m_Corners.data(), static_cast<int>(m_Corners.size()))));
   }
   cls_CollectionReadRow const tags(visitor, PartField::Tags, cls_kMapClass);
-  cls_Received<cls_ReadMapKey2Prim<cow_String, int>> map(
-      tags.Memento() ? tags.Memento()->MakeReadMapString2Prim(int()) : nullptr);
+  cls_Received<cls_ReadMapKey2Prim<cow_String, int>> map(tags.Memento() ? tags.Memento()->MakeReadMapString2Prim(int())
+                                                                        : nullptr);
   while (map && map->Next()) m_Tags.emplace(map->ReadKey(), map->Read());  // a key's first entry wins
 }
 
