@@ -110,12 +110,12 @@ private:
   Reader* MakeReader();
   template <class Agent>
   Agent* MakeAgent();
-  // A map's reader, or agent, on the handle in the row's column
-  // handleColumn.
+  // A map's reader on the handle in the row's column handleColumn.
   template <class Reader>
   Reader* MakeMapReader(int handleColumn);
+  // The agent of a list or map of objects, which keeps no column count.
   template <class Agent>
-  Agent* MakeMapAgent();
+  Agent* MakeObjectAgent();
   // The reference in field; false for a null one.
   bool ReadReference(cls_FieldHandle const& field, unsigned int& cid, int& oid) const;
   // The memento of the row (cid, oid) with the identity its history gives it.

@@ -125,14 +125,15 @@ public:
   rom_Transporter& Transporter() const { return *m_Transporter; }
 
 private:
-  // The collection's writer, or agent, on the handle in the row's column
-  // handleColumn.
+  // The collection's writer on the handle in the row's column
+  // handleColumn; a list's agent; the agent of a list or map of objects,
+  // which keeps no column count.
   template <class Writer>
   Writer* MakeWriter(int columns, int handleColumn);
   template <class Agent>
   Agent* MakeAgent(int columns);
   template <class Agent>
-  Agent* MakeMapAgent();
+  Agent* MakeObjectAgent();
   // The memento of the collection row field refers to already, when it is
   // a row of the collection class cid: an owner rewritten writes its
   // collections over in place. Null otherwise.

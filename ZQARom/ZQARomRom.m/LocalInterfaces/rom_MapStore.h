@@ -26,6 +26,9 @@ rfm_FieldHandle Field(rom_Transporter const& transporter, rfm_Table const& table
 // first two columns, as every collection of objects does; raises when the
 // table's are not so.
 void CheckReferenceColumns(rom_Transporter const& transporter, rfm_Table const& table);
+// The key field of keyType of a map of objects, whose reference columns are
+// checked too.
+rfm_FieldHandle ObjectKeyField(rom_Transporter const& transporter, rfm_Table const& table, rfm_Type keyType);
 }  // namespace rom_MapStore
 
 // How a key or value of type T is stored: ints as ints, an unsigned int as

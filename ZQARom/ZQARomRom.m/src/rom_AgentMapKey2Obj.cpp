@@ -15,12 +15,6 @@ char const kSourcePath[] = "ZQARom/ZQARomRom.m/src/rom_AgentMapKey2Obj";
 
 rfm_FieldHandle const kOidColumn(0);
 
-template <class K>
-rfm_FieldHandle KeyField(rom_Transporter const& transporter, rfm_Table const& table) {
-  rom_MapStore::CheckReferenceColumns(transporter, table);
-  return rom_MapStore::Field(transporter, table, kRomElementKeyName, rom_MapField<K>::kType);
-}
-
 // Whether an entry's row holds an object: a non-negative object id.
 bool HoldsObject(rfm_Row const& row) { return row.DataIsPresent(kOidColumn) && row.ReadFieldInt(kOidColumn) >= 0; }
 }  // namespace
@@ -29,7 +23,7 @@ template <class K>
 rom_AgentMapKey2Obj<K>::rom_AgentMapKey2Obj(rom_Transporter& transporter, int oid, rfm_Handle const& handle)
     : m_Transporter(&transporter),
       m_Table(rom_MapStore::OpenTable(transporter, handle, rom_MapAgentQuantum())),
-      m_Key(KeyField<K>(transporter, m_Table)),
+      m_Key(rom_MapStore::ObjectKeyField(transporter, m_Table, rom_MapField<K>::kType)),
       m_Oid(oid),
       m_Walk(m_StatMap) {
   LoadStatMap();
@@ -39,7 +33,7 @@ template <class K>
 rom_AgentMapKey2Obj<K>::rom_AgentMapKey2Obj(rom_Transporter& transporter, int oid)
     : m_Transporter(&transporter),
       m_Table(rom_MapStore::NewTable(transporter, TableName(), rom_MapAgentQuantum())),
-      m_Key(KeyField<K>(transporter, m_Table)),
+      m_Key(rom_MapStore::ObjectKeyField(transporter, m_Table, rom_MapField<K>::kType)),
       m_Oid(oid),
       m_Walk(m_StatMap) {}
 

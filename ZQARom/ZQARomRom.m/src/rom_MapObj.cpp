@@ -28,13 +28,6 @@ template <>
 char const* NotAvailable<cow_String>() {
   return "rom_ReadMapString2Obj::MakeReadObj - Object is not available in DB file.";
 }
-
-// The key's field of a map of objects, where the layout has it.
-template <class K>
-rfm_FieldHandle KeyField(rom_Transporter const& transporter, rfm_Table const& table) {
-  rom_MapStore::CheckReferenceColumns(transporter, table);
-  return rom_MapStore::Field(transporter, table, kRomElementKeyName, rom_MapField<K>::kType);
-}
 }  // namespace
 
 char const* rom_MapObjLayout<int>::Table() { return kRomMapInt2ObjTableName; }
@@ -56,7 +49,9 @@ rom_WriteMapKey2Obj<K>::rom_WriteMapKey2Obj(rom_Transporter& transporter, rfm_Ha
 
 template <class K>
 rom_WriteMapKey2Obj<K>::rom_WriteMapKey2Obj(rom_Transporter& transporter, rfm_Table table)
-    : m_Transporter(&transporter), m_Table(std::move(table)), m_Key(KeyField<K>(transporter, m_Table)) {}
+    : m_Transporter(&transporter),
+      m_Table(std::move(table)),
+      m_Key(rom_MapStore::ObjectKeyField(transporter, m_Table, rom_MapField<K>::kType)) {}
 
 template <class K>
 rfm_Row rom_WriteMapKey2Obj<K>::NewEntry(K const& key) {
@@ -89,7 +84,7 @@ template <class Base, class K>
 rom_ReadMapKey2ObjImpl<Base, K>::rom_ReadMapKey2ObjImpl(rom_Transporter& transporter, rfm_Handle const& handle)
     : m_Transporter(&transporter),
       m_Table(rom_MapStore::OpenTable(transporter, handle, rom_MapObjLayout<K>::Quantum())),
-      m_Key(KeyField<K>(transporter, m_Table)) {
+      m_Key(rom_MapStore::ObjectKeyField(transporter, m_Table, rom_MapField<K>::kType)) {
   m_Table.Seek(0);
 }
 

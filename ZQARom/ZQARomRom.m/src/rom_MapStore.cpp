@@ -55,3 +55,9 @@ void rom_MapStore::CheckReferenceColumns(rom_Transporter const& transporter, rfm
                      atr_SubstituteFormat(atr_translate(kNoReference), table.Handle().Value(), transporter.FileName(),
                                           LayoutName(table), kRomElementOidName, kRomElementClassIdName));
 }
+
+rfm_FieldHandle rom_MapStore::ObjectKeyField(rom_Transporter const& transporter, rfm_Table const& table,
+                                             rfm_Type keyType) {
+  CheckReferenceColumns(transporter, table);
+  return Field(transporter, table, kRomElementKeyName, keyType);
+}

@@ -117,13 +117,13 @@ Reader* rom_MementoRead::MakeMapReader(int handleColumn) {
 
 // An agent of a list or map of objects, which keeps no column count.
 template <class Agent>
-Agent* rom_MementoRead::MakeMapAgent() {
+Agent* rom_MementoRead::MakeObjectAgent() {
   rfm_Handle handle;
   if (!CollectionHandle(handle, kRomTargetHandleColumn)) return nullptr;
   return new Agent(*m_Transporter, Oid(), handle);
 }
 
-cls_AgentListObj* rom_MementoRead::MakeAgentListObj() { return MakeMapAgent<rom_AgentListObj>(); }
+cls_AgentListObj* rom_MementoRead::MakeAgentListObj() { return MakeObjectAgent<rom_AgentListObj>(); }
 
 cls_AgentListPrim<bool>* rom_MementoRead::MakeAgentListBool() {
   return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>();
@@ -234,9 +234,9 @@ cls_ReadIntTableInt* rom_MementoRead::MakeAltReadIntTableInt(int const&) {
 }
 
 cls_AgentMapKey2Obj<int>* rom_MementoRead::MakeAgentMapInt2Obj() {
-  return MakeMapAgent<rom_AgentMapKey2Obj<int>>();
+  return MakeObjectAgent<rom_AgentMapKey2Obj<int>>();
 }
 
 cls_AgentMapKey2Obj<cow_String>* rom_MementoRead::MakeAgentMapString2Obj() {
-  return MakeMapAgent<rom_AgentMapKey2Obj<cow_String>>();
+  return MakeObjectAgent<rom_AgentMapKey2Obj<cow_String>>();
 }

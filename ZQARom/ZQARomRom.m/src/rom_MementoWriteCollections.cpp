@@ -117,7 +117,7 @@ cls_WriteListPrim<bool>* rom_MementoWrite::MakeWriteListPrim(bool const&, int co
 
 // An agent of a list or map of objects, which keeps no column count.
 template <class Agent>
-Agent* rom_MementoWrite::MakeMapAgent() {
+Agent* rom_MementoWrite::MakeObjectAgent() {
   if (m_Row.IsNull()) return nullptr;
   rom_Transporter& transporter = *m_Transporter;
   int const oid = Oid();
@@ -131,7 +131,7 @@ Agent* rom_MementoWrite::MakeMapAgent() {
       [&] { return std::make_unique<Agent>(transporter, oid); }, kNoColumns);
 }
 
-cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() { return MakeMapAgent<rom_AgentListObj>(); }
+cls_AgentListObj* rom_MementoWrite::MakeAgentListObj() { return MakeObjectAgent<rom_AgentListObj>(); }
 
 cls_AgentListPrim<bool>* rom_MementoWrite::MakeAgentListBool(int columns) {
   return MakeAgent<rom_AgentListPrim<bool, rom_ArrayBool>>(columns);
@@ -247,9 +247,9 @@ cls_WriteIntTableInt* rom_MementoWrite::MakeAltWriteIntTableInt(int const&) {
 }
 
 cls_AgentMapKey2Obj<int>* rom_MementoWrite::MakeAgentMapInt2Obj() {
-  return MakeMapAgent<rom_AgentMapKey2Obj<int>>();
+  return MakeObjectAgent<rom_AgentMapKey2Obj<int>>();
 }
 
 cls_AgentMapKey2Obj<cow_String>* rom_MementoWrite::MakeAgentMapString2Obj() {
-  return MakeMapAgent<rom_AgentMapKey2Obj<cow_String>>();
+  return MakeObjectAgent<rom_AgentMapKey2Obj<cow_String>>();
 }
