@@ -2,6 +2,7 @@
 #define rfm_Table_h
 
 #include "cow_List.h"
+#include "rfm_Column.h"
 #include "rfm_Row.h"
 #include "rfm_TableMetadata.h"
 #include "utl_FileOffset.h"
@@ -47,6 +48,16 @@ public:
   utl_FileOffset SpaceAllocation() const;
   utl_FileOffset SpaceLength() const;
   cow_List<cow_String> GetObjStatistics() const;
+
+  // Bulk access beside the row interface, over the same rows, cache and
+  // file format (see rfm_Column): a reader beside a writer sees the same
+  // rows either way. Reads rows first to first + count - 1, clipped to
+  // Length(), into each column and returns how many it read.
+  int ReadColumns(int first, int count, rfm_Column const* columns, int columnCount) const;
+  int ReadColumn(int first, int count, rfm_Column const& column) const { return ReadColumns(first, count, &column, 1); }
+  // Appends count rows made of the columns' values, after every row made
+  // so far (also one still held).
+  void AppendColumns(int count, rfm_Column const* columns, int columnCount) const;
 
   bool IsNull() const { return m_Repr == nullptr; }
   // The representation, for the library's own layers.
