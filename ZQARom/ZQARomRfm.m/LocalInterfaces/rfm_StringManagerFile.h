@@ -5,6 +5,7 @@
 #include "rfm_SpaceRepr.h"
 #include "rfm_StringManager.h"
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
@@ -51,8 +52,11 @@ public:
 private:
   static constexpr utl_FileOffset kFirstRecord = 4;
 
+  static constexpr std::size_t kRecentStrings = 256;
+
   static utl_FileOffset RecordSize(int length) { return 4 + ((static_cast<utl_FileOffset>(length) + 3) & ~3); }
   void Remember(cow_String const& text, utl_FileOffset offset);
+  utl_FileOffset Lookup(cow_String const& text);
 
   // Every string of a row passes through these maps, strings are never
   // forgotten, and nothing needs the keys in order: so they are hashed.
@@ -61,6 +65,16 @@ private:
   omi_HashTable<cow_String, utl_FileOffset> m_Name2Offset;
   omi_HashTable<utl_FileOffset, cow_String> m_Offset2Name;
   std::vector<cow_String> m_Pending;
+  // Rows are written from a few strings over and over, each usually the
+  // same shared representation: the last strings looked up, by the address
+  // of their characters, answer those without hashing. An entry holds its
+  // string, so no other string can have those characters' address while it
+  // stands; a shared representation is never changed in place.
+  struct Recent {
+    cow_String m_Text;
+    utl_FileOffset m_Offset = 0;
+  };
+  std::vector<Recent> m_Recent = std::vector<Recent>(kRecentStrings);
 };
 
 #endif

@@ -6,6 +6,7 @@
 #include "rfm_OffsetConverter.h"
 
 #include <climits>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -41,6 +42,7 @@ void rfm_StringManagerFile::Open(rfm_SpaceRepr* space) {
   m_Name2Offset.Clear();
   m_Offset2Name.Clear();
   m_Pending.clear();
+  m_Recent.assign(kRecentStrings, Recent());
   if (m_Space) Load();
 }
 
@@ -82,6 +84,17 @@ cow_String rfm_StringManagerFile::String(utl_FileOffset offset) {
 }
 
 utl_FileOffset rfm_StringManagerFile::String(cow_String const& text) {
+  auto address = reinterpret_cast<std::uintptr_t>(text.CStr());
+  Recent& recent = m_Recent[(address >> 4) % kRecentStrings];
+  if (recent.m_Offset != 0 && recent.m_Text.CStr() == text.CStr() && recent.m_Text.Length() == text.Length()) {
+    return recent.m_Offset;
+  }
+  recent.m_Offset = Lookup(text);
+  recent.m_Text = text;
+  return recent.m_Offset;
+}
+
+utl_FileOffset rfm_StringManagerFile::Lookup(cow_String const& text) {
   if (utl_FileOffset const* found = m_Name2Offset.Find(text)) return *found;
   utl_FileOffset offset = m_NextFree;
   Remember(text, offset);

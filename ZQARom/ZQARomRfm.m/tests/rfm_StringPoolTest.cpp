@@ -114,3 +114,21 @@ TEST_P(StringPoolTest, NeuterOverwritesInPlaceKeepingTheRecordsRoom) {
   // The process's own maps keep the old text.
   EXPECT_EQ(cow_String("secret-text"), Pool(database).String(utl_FileOffset(4)));
 }
+
+// The pool answers a string it has just looked up by its characters'
+// address; another string made later at that address must still find its
+// own record.
+TEST(StringPoolPlainFileTest, AStringAtAnAddressReusedFindsItsOwnRecord) {
+  zqa_TestDir dir;
+  rfm_Database database = CreateTestDatabase(dir.File("recent.zdb"));
+  rfm_StringManagerFile& pool = Pool(database);
+  utl_FileOffset const plate = pool.String(cow_String("plate"));
+  utl_FileOffset const shell = pool.String(cow_String("shell"));
+  EXPECT_NE(plate, shell);
+  for (int i = 0; i < 100; ++i) {
+    // Made afresh and dropped each time, so that one address serves both.
+    cow_String text(i % 2 == 0 ? "plate" : "shell", 5);
+    ASSERT_EQ(i % 2 == 0 ? plate : shell, pool.String(text)) << i;
+    ASSERT_EQ(i % 2 == 0 ? plate : shell, pool.String(text)) << i;
+  }
+}
