@@ -52,7 +52,7 @@ public:
 private:
   static constexpr utl_FileOffset kFirstRecord = 4;
 
-  static constexpr std::size_t kRecentStrings = 256;
+  static constexpr std::size_t kRecentStrings = 4096;
 
   static utl_FileOffset RecordSize(int length) { return 4 + ((static_cast<utl_FileOffset>(length) + 3) & ~3); }
   void Remember(cow_String const& text, utl_FileOffset offset);

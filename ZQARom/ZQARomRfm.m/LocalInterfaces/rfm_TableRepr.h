@@ -110,6 +110,8 @@ public:
 
 private:
   static constexpr int kDefaultCacheRows = 32;
+  // The most rows one load reads ahead of a reader going in order.
+  static constexpr int kLongestReadAhead = 512;
   static constexpr int kFlushCountOffset = 4;
   static constexpr int kFirstRowOffset = kRfmTableHeaderSize;
   static constexpr int kHeaderWords = 3;
@@ -162,6 +164,8 @@ private:
   int m_TableFlushCount = 0;
   int m_DatabaseFlushCountSeen;
   int m_CacheBudget;
+  int m_ReadAhead;
+  int m_ReadAheadEnd = -1;  // the row after the last load
   int m_RowsOnDisk = 0;
   // The cached rows in ascending row order: rows are made and read ahead in
   // ascending runs, so an insertion is nearly always at the end, and a

@@ -33,7 +33,7 @@ constexpr int kBufferSize = 1024;
 rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* metadata, int quantum, int cacheRows)
     : m_Database(database), m_Metadata(metadata), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
       m_Space(database.Repr().Space(quantum)), m_Buffer(m_Space.get(), kBufferSize),
-      m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows) {
+      m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows), m_ReadAhead(m_CacheRows) {
   int header[kHeaderWords] = {static_cast<int>(kRfmTableMagic), 0,
                               static_cast<int>(database.GetTableMetadataHandle(metadata->TableName()))};
   m_Buffer.WriteIntArray(header, kHeaderWords);
@@ -44,7 +44,7 @@ rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_TableMetadata* me
 rfm_TableRepr::rfm_TableRepr(rfm_Database const& database, rfm_Handle const& handle, int quantum, int cacheRows)
     : m_Database(database), m_Metadata(nullptr), m_CacheRows(cacheRows < 0 ? kDefaultCacheRows : cacheRows),
       m_Space(database.Repr().Space(handle, quantum)), m_Buffer(m_Space.get(), kBufferSize),
-      m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows) {
+      m_DatabaseFlushCountSeen(database.GetFlushCount()), m_CacheBudget(m_CacheRows), m_ReadAhead(m_CacheRows) {
   int header[kHeaderWords] = {};
   if (m_Buffer.Length() < kFirstRowOffset || m_Buffer.ReadIntArray(header, kHeaderWords) < kHeaderWords) {
     RaiseCorrupt(__LINE__);
@@ -167,7 +167,7 @@ rfm_RowRepr* rfm_TableRepr::MakeRow(int row, bool clear) {
 
 void rfm_TableRepr::DropRow(rfm_RowRepr* row) {
   // A table keeps at most a cache's worth of spares.
-  if (m_Spares.size() <= static_cast<std::size_t>(m_CacheRows)) {
+  if (m_Spares.size() <= static_cast<std::size_t>(std::max(m_CacheRows, m_ReadAhead))) {
     m_Spares.push_back(row);
   } else {
     delete row;
@@ -222,8 +222,12 @@ rfm_Row rfm_TableRepr::FindOrLoad(int row, bool cullFirst, char const* missingTe
 }
 
 void rfm_TableRepr::LoadCache(int row) {
-  int budget = m_CacheRows;
-  if (budget <= 0 || row < 0 || row >= m_RowCount) return;
+  if (m_CacheRows <= 0 || row < 0 || row >= m_RowCount) return;
+  // Rows read in order are read ahead in growing runs, so that the cull and
+  // the load before them are paid once for many rows; a row elsewhere
+  // starts again at the cache's size.
+  m_ReadAhead = row == m_ReadAheadEnd ? std::min(2 * m_ReadAhead, std::max(kLongestReadAhead, m_CacheRows)) : m_CacheRows;
+  int budget = m_ReadAhead;
   auto slot = CacheSlot(row);
   // Rows already cached count against the read-ahead.
   while (budget > 0 && row < m_RowCount && slot != m_Cache.end() && slot->m_Row == row) {
@@ -247,6 +251,7 @@ void rfm_TableRepr::LoadCache(int row) {
     impl.Unpack();
   }
   m_Cache.insert(slot, loaded.begin(), loaded.end());
+  m_ReadAheadEnd = end;
 }
 
 void rfm_TableRepr::FlushOrCull(bool cull) {
