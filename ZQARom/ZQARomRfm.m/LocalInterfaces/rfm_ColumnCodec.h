@@ -22,8 +22,8 @@ public:
   enum Direction { kReading, kAppending };
 
   // Raises, naming the table and its file, for a column that does not fit
-  // its field or the direction.
-  rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns, int count, Direction direction);
+  // its field or the direction, or that has no array for rows to move.
+  rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns, int count, Direction direction, int rows);
 
   // Decodes rows stored back to back at bytes into elements first to
   // first + rows - 1 of every column.

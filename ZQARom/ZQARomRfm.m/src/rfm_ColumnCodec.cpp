@@ -61,7 +61,8 @@ void Store(omi_Swapper order, char* at, T value) {
 
 }  // namespace
 
-rfm_ColumnCodec::rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns, int count, Direction direction)
+rfm_ColumnCodec::rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns, int count, Direction direction,
+                                 int rows)
     : m_Table(table), m_Strings(*table.StringManager()), m_Order(rfm_FileOrder()), m_RowSize(table.RowSize()) {
   auto raise = [&](int line, char const* text, rfm_Column const& column) {
     rfm_FieldHandle const& handle = column.Field();
@@ -88,11 +89,11 @@ rfm_ColumnCodec::rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns
       raise(__LINE__, "rfm_Table - Field '%s' of table '%s' in %s holds values of another type than its column's.",
             column);
     }
-    if (direction == kReading && column.Target() == nullptr) {
+    if (direction == kReading && column.Target() == nullptr && (rows > 0 || column.Source() != nullptr)) {
       raise(__LINE__, "rfm_Table::ReadColumns - The column of field '%s' of table '%s' in %s has no array to read into.",
             column);
     }
-    if (direction == kAppending && column.Source() == nullptr) {
+    if (direction == kAppending && column.Source() == nullptr && (rows > 0 || column.GetKind() == rfm_Column::kStringOffset)) {
       raise(__LINE__, "rfm_Table::AppendColumns - The column of field '%s' of table '%s' in %s gives no values: strings "
                       "are appended as text.",
             column);

@@ -32,9 +32,9 @@ int rfm_TableRepr::ReadColumns(int first, int count, rfm_Column const* columns, 
                                                         "of table '%3$s' in %4$s."),
                                           first, count, m_Metadata->TableName(), m_Database.FileName()));
   }
-  rfm_ColumnCodec codec(*this, columns, columnCount, rfm_ColumnCodec::kReading);
-  if (first >= m_RowCount || count == 0 || m_RowSize == 0) return 0;
-  int const end = first + std::min(count, m_RowCount - first);
+  int const end = first + std::max(0, std::min(count, m_RowCount - first));
+  rfm_ColumnCodec codec(*this, columns, columnCount, rfm_ColumnCodec::kReading, end - first);
+  if (end == first || m_RowSize == 0) return 0;
   int const storedEnd = std::min(end, m_RowsOnDisk);
   int const blockRows = BulkRows();
   for (int row = first; row < end;) {
@@ -71,7 +71,7 @@ void rfm_TableRepr::AppendColumns(int count, rfm_Column const* columns, int colu
                                                         "table '%s' in %s."),
                                           count, m_RowCount, m_Metadata->TableName(), m_Database.FileName()));
   }
-  rfm_ColumnCodec codec(*this, columns, columnCount, rfm_ColumnCodec::kAppending);
+  rfm_ColumnCodec codec(*this, columns, columnCount, rfm_ColumnCodec::kAppending, count);
   if (count == 0) return;
   // The rows made so far reach the file first, so that the new ones follow
   // them without a gap; afterwards every row is on disk.

@@ -12,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -218,6 +219,7 @@ class CountingIOS : public rfm_MemoryIOS {
 public:
   int Read(char* buffer, int count) override {
     ++reads;
+    largestRead = std::max(largestRead, count);
     return rfm_MemoryIOS::Read(buffer, count);
   }
   int Write(char const* buffer, int count) override {
@@ -226,6 +228,7 @@ public:
   }
   int reads = 0;
   int writes = 0;
+  int largestRead = 0;
 };
 
 }  // namespace
@@ -257,4 +260,46 @@ TEST(IOBufferTest, LargeTypedArraysGoAroundTheBufferInWholeElements) {
   EXPECT_EQ(std::vector<int>(ints.begin() + 1, ints.end()), std::vector<int>(back.begin(), back.begin() + 102));
   EXPECT_EQ(412, buffer.Location());
   EXPECT_EQ(0, buffer.ReadIntArray(back.data(), 1));
+}
+
+// Small transfers in order move in transfers that double up to the
+// largest; one elsewhere starts again at the size asked for. The bytes are
+// the same whatever the size.
+TEST(IOBufferTest, TransfersGrowWhileTheyRunOnAndStartSmallElsewhere) {
+  constexpr int kBytes = 4 << 20;
+  constexpr int kPiece = 8;
+  CountingIOS memory;
+  std::string expected;
+  {
+    rfm_IOBuffer buffer(&memory, 1024);
+    for (int i = 0; i < kBytes / kPiece; ++i) {
+      char piece[kPiece];
+      for (int k = 0; k < kPiece; ++k) piece[k] = static_cast<char>(i * 7 + k);
+      expected.append(piece, kPiece);
+      ASSERT_EQ(kPiece, buffer.Write(piece, kPiece));
+    }
+    buffer.Flush();
+    EXPECT_EQ(rfm_IOBuffer::kLargestTransfer, buffer.TransferSize());
+  }
+  ASSERT_EQ(expected.size(), memory.bytes.size());
+  EXPECT_TRUE(expected == memory.bytes);
+  // 1 KiB doubling to 128 KiB takes 8 transfers; then 128 KiB each.
+  EXPECT_GE(8 + kBytes / rfm_IOBuffer::kLargestTransfer, memory.writes);
+
+  memory.Seek(0);
+  rfm_IOBuffer buffer(&memory, 1024);
+  std::string back;
+  char piece[kPiece];
+  for (int got; (got = buffer.Read(piece, kPiece)) > 0;) back.append(piece, static_cast<std::size_t>(got));
+  EXPECT_TRUE(expected == back);
+  EXPECT_GE(9 + kBytes / rfm_IOBuffer::kLargestTransfer, memory.reads);
+
+  memory.largestRead = 0;
+  for (int i = 0; i < 100; ++i) {
+    utl_FileOffset at = (i * 7919LL * 4099) % (kBytes - kPiece);
+    buffer.Seek(at);
+    ASSERT_EQ(kPiece, buffer.Read(piece, kPiece));
+    EXPECT_EQ(expected.substr(static_cast<std::size_t>(at), kPiece), std::string(piece, kPiece));
+  }
+  EXPECT_EQ(1024, memory.largestRead);
 }

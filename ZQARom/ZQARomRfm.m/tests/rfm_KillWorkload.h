@@ -14,9 +14,9 @@
 #include <vector>
 
 // What the writers of the killed-writer tests write: two tables (one with
-// strings) and three arrays (one of strings), each given a few rows at
-// every step and all flushed after it; and the check that an object holds
-// rows exactly as written.
+// strings, made row by row; one appended in columns) and three arrays (one
+// of strings), each given a few rows at every step and all flushed after
+// it; and the check that an object holds rows exactly as written.
 
 enum rfm_KillObject { kNodes, kLoads, kCoordinates, kConnectivity, kNames, kObjects };
 using rfm_KillCounts = std::array<int, kObjects>;
@@ -96,11 +96,15 @@ public:
       row.WriteFieldDouble(rfm_FieldHandle("x", -1), NodeX(i));
       row.WriteFieldString(rfm_FieldHandle("label", -1), Label(i));
     }
+    std::vector<int> steps;
+    std::vector<float> values;
     for (int i = First(step, kLoads); i < Last(step, kLoads); ++i) {
-      rfm_Row row = m_Loads.NewRow();
-      row.WriteFieldInt(rfm_FieldHandle("step", -1), LoadStep(i));
-      row.WriteFieldFloat(rfm_FieldHandle("value", -1), LoadValue(i));
+      steps.push_back(LoadStep(i));
+      values.push_back(LoadValue(i));
     }
+    rfm_Column const loads[] = {rfm_Column::Ints(rfm_FieldHandle("step", -1), static_cast<int const*>(steps.data())),
+                                rfm_Column::Floats(rfm_FieldHandle("value", -1), static_cast<float const*>(values.data()))};
+    m_Loads.AppendColumns(static_cast<int>(steps.size()), loads, 2);
     for (int i = First(step, kCoordinates); i < Last(step, kCoordinates); ++i) {
       m_Coordinates.Write(Coordinates(i).data(), 1);
     }
@@ -176,12 +180,23 @@ inline int CheckObject(rfm_Database const& database, int object, rfm_Handle hand
         EXPECT_EQ(Label(i), row.ReadFieldString(rfm_FieldHandle("label", -1))) << "node " << i;
       });
       break;
-    case kLoads:
-      rows = CheckTableRows(database.Table(handle, -1, -1), most, [](rfm_Row const& row, int i) {
-        EXPECT_EQ(LoadStep(i), row.ReadFieldInt(rfm_FieldHandle("step", -1))) << "load " << i;
-        EXPECT_EQ(LoadValue(i), row.ReadFieldFloat(rfm_FieldHandle("value", -1))) << "load " << i;
-      });
+    case kLoads: {
+      rfm_Table table = database.Table(handle, -1, -1);
+      rows = table.Length();
+      std::vector<int> steps(static_cast<std::size_t>(rows));
+      std::vector<float> values(static_cast<std::size_t>(rows));
+      std::vector<unsigned char> present(static_cast<std::size_t>(rows));
+      rfm_Column const loads[] = {rfm_Column::Ints(rfm_FieldHandle("step", -1), steps.data()).Presence(present.data()),
+                                  rfm_Column::Floats(rfm_FieldHandle("value", -1), values.data())};
+      EXPECT_EQ(rows, table.ReadColumns(0, rows, loads, 2));
+      for (int i = 0; i < std::min(rows, most); ++i) {
+        std::size_t at = static_cast<std::size_t>(i);
+        EXPECT_TRUE(present[at]) << "load " << i;
+        EXPECT_EQ(LoadStep(i), steps[at]) << "load " << i;
+        EXPECT_EQ(LoadValue(i), values[at]) << "load " << i;
+      }
       break;
+    }
     case kCoordinates:
       rows = CheckArrayRows<double, 3>(database.ArrayDouble(handle, -1, 0), most, Coordinates, "coordinates");
       break;

@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <thread>
+#include <vector>
 #include <unistd.h>
 
 namespace {
@@ -49,11 +50,21 @@ void Reader(cow_String const& name, rfm_Handle tableHandle, rfm_Handle arrayHand
       std::vector<double> values(static_cast<std::size_t>(rows));
       array.Seek(0);
       if (rows > 0) zqa_Require(array.Read(values.data(), rows) == rows, "array read");
+      // The same rows in columns, read before the rows so that none comes
+      // from the row cache.
+      std::vector<int> is(static_cast<std::size_t>(rows));
+      std::vector<double> vs(static_cast<std::size_t>(rows));
+      std::vector<unsigned char> present(static_cast<std::size_t>(rows));
+      rfm_Column const columns[] = {rfm_Column::Ints(rfm_FieldHandle(0), is.data()).Presence(present.data()),
+                                    rfm_Column::Doubles(rfm_FieldHandle(1), vs.data())};
+      zqa_Require(table.ReadColumns(0, rows, columns, 2) == rows, "column read");
       for (int i = 0; i < rows; ++i) {
+        std::size_t at = static_cast<std::size_t>(i);
         rfm_Row row = table.ReadRow(i);
         zqa_Require(row.ReadFieldInt(rfm_FieldHandle(0)) == i, "row contents");
         zqa_Require(row.ReadFieldDouble(rfm_FieldHandle(1)) == i * 0.5, "row contents");
-        zqa_Require(values[static_cast<std::size_t>(i)] == i * 0.25, "array contents");
+        zqa_Require(present[at] == 1 && is[at] == i && vs[at] == i * 0.5, "column contents");
+        zqa_Require(values[at] == i * 0.25, "array contents");
       }
       seen = rows;
       ++snaps;
@@ -87,7 +98,25 @@ TEST(ReadersBesideAWriterTest, TwoReaderProcessesSeeEveryFlushAndNothingElse) {
   for (int batch = 0; batch < kBatches; ++batch) {
     {
       rfm_ReaderSemaphoreProxy transaction(writer);
-      for (int i = batch * kBatch; i < (batch + 1) * kBatch; ++i) {
+      // Every third batch is appended in columns, half at a time.
+      if (batch % 3 == 2) {
+        std::vector<int> is;
+        std::vector<double> vs;
+        for (int i = batch * kBatch; i < (batch + 1) * kBatch; ++i) {
+          is.push_back(i);
+          vs.push_back(i * 0.5);
+          double value = i * 0.25;
+          array.Write(&value, 1);
+        }
+        for (int half = 0; half < 2; ++half) {
+          std::size_t from = static_cast<std::size_t>(half * kBatch / 2);
+          rfm_Column const columns[] = {rfm_Column::Ints(rfm_FieldHandle(0), static_cast<int const*>(&is[from])),
+                                        rfm_Column::Doubles(rfm_FieldHandle(1), static_cast<double const*>(&vs[from]))};
+          table.AppendColumns(kBatch / 2, columns, 2);
+          if (half == 0) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+      }
+      for (int i = batch * kBatch; i < (batch + 1) * kBatch && batch % 3 != 2; ++i) {
         // Halfway through, the writer dawdles with half a batch written.
         if (i % kBatch == kBatch / 2) std::this_thread::sleep_for(std::chrono::milliseconds(5));
         rfm_Row row = table.NewRow();

@@ -264,6 +264,11 @@ TEST_P(TableBulkTest, BulkCallsThatCannotBeDoneRaiseNamingTheTableAndFile) {
                   std::string(name.CStr()) + ".",
               MessageOf([&] { table.ReadColumns(-1, 2, &fromConstants, 0); }));
     EXPECT_EQ(0, table.Length());
+    // No rows to move need no arrays: an empty vector's data may be null.
+    rfm_Column const empty[] = {rfm_Column::Ints(kId, static_cast<int*>(nullptr)),
+                                rfm_Column::Strings(kLabel, static_cast<cow_String const*>(nullptr))};
+    EXPECT_EQ(0, table.ReadColumns(0, 5, empty, 1));
+    table.AppendColumns(0, empty + 1, 1);
     table.AppendColumns(4, &fromConstants, 1);
     handle = table.Handle();
     database.Flush();

@@ -2,13 +2,16 @@
 #define rfm_DatabaseWalk_h
 
 #include "rfm_Database.h"
+#include "rfm_FieldMetadata.h"
 
 #include <deque>
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 class rfm_Row;
+class rfm_Table;
 class rfm_TaggedStream;
 
 // Reads everything a database holds, as a program that shows a whole file
@@ -58,6 +61,8 @@ private:
   void Objects();
   void Object(rfm_Handle handle);
   void Table(rfm_Handle handle);
+  // Each row's line as Table writes it, read through the bulk path.
+  static std::vector<std::string> BulkLines(rfm_Table const& table, std::vector<rfm_FieldMetadata> const& fields);
   template <class T, rfm_Type ElementType>
   void Array(rfm_Array<T, ElementType> const& array);
   void Stream(rfm_TaggedStream const& stream);

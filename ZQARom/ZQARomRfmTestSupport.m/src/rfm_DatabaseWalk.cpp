@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <stdexcept>
+#include <string>
 #include <vector>
 
 namespace {
@@ -190,6 +192,7 @@ void rfm_DatabaseWalk::Table(rfm_Handle handle) {
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(table.GetFieldMap()); !it.IsDone(); it.Next()) {
     if (it.CurrentValue().Present() != 0) fields.push_back(it.CurrentValue());
   }
+  std::vector<std::string> lines;
   for (int number = 0; number < rows; ++number) {
     rfm_Row row = table.ReadRow(number);
     std::string line = "row " + Decimal(number);
@@ -226,7 +229,68 @@ void rfm_DatabaseWalk::Table(rfm_Handle handle) {
       }
     }
     Line(line);
+    lines.push_back(line);
   }
+  // The bulk path reads the same bytes under the same rules: any difference
+  // is a fault of the library, not damage.
+  if (BulkLines(table, fields) != lines) {
+    throw std::logic_error("rfm_DatabaseWalk: table " + Quoted(table.TableMetadata().TableName()) +
+                           " reads otherwise in columns than in rows");
+  }
+}
+
+std::vector<std::string> rfm_DatabaseWalk::BulkLines(rfm_Table const& table,
+                                                     std::vector<rfm_FieldMetadata> const& fields) {
+  int const rows = table.Length();
+  std::size_t const count = static_cast<std::size_t>(rows);
+  std::vector<std::string> lines(count);
+  for (std::size_t i = 0; i < count; ++i) lines[i] = "row " + Decimal(static_cast<int>(i));
+  std::vector<unsigned char> present(count);
+  for (rfm_FieldMetadata const& field : fields) {
+    rfm_FieldHandle name(field.Name(), -1);
+    auto each = [&](auto const& values, auto text) {
+      for (std::size_t i = 0; i < count; ++i) {
+        lines[i] += " " + Quoted(field.Name()) + "=" + (present[i] != 0 ? text(values[i]) : std::string("-"));
+      }
+    };
+    auto value = [](auto v) { return Value(v); };
+    switch (field.Type()) {
+      case rfm_TypeInt: {
+        std::vector<int> values(count);
+        table.ReadColumn(0, rows, rfm_Column::Ints(name, values.data()).Presence(present.data()));
+        each(values, value);
+        break;
+      }
+      case rfm_TypeFloat: {
+        std::vector<float> values(count);
+        table.ReadColumn(0, rows, rfm_Column::Floats(name, values.data()).Presence(present.data()));
+        each(values, value);
+        break;
+      }
+      case rfm_TypeDouble: {
+        std::vector<double> values(count);
+        table.ReadColumn(0, rows, rfm_Column::Doubles(name, values.data()).Presence(present.data()));
+        each(values, value);
+        break;
+      }
+      case rfm_TypeString: {
+        std::vector<cow_String> values(count);
+        table.ReadColumn(0, rows, rfm_Column::Strings(name, values.data()).Presence(present.data()));
+        each(values, value);
+        break;
+      }
+      case rfm_TypeHandle: {
+        std::vector<rfm_Handle> values(count);
+        table.ReadColumn(0, rows, rfm_Column::Handles(name, values.data()).Presence(present.data()));
+        each(values, [](rfm_Handle handle) { return "@" + Decimal(handle.Value()); });
+        break;
+      }
+      default:
+        for (std::string& line : lines) line += " " + Quoted(field.Name()) + "=?";
+        break;
+    }
+  }
+  return lines;
 }
 
 template <class T, rfm_Type ElementType>
