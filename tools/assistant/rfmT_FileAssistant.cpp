@@ -7,6 +7,7 @@
 #include "rfmT_PageServer.h"
 #include "rfm_RemotePages.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -33,6 +34,9 @@ int main(int argc, char** argv) {
     Report(std::string("usage: ") + rfm_RemotePages::kAssistantProgram + " FILE");
     return kBadUsage;
   }
+  // Pages are lent to the output pipe, which raises SIGPIPE when the reader
+  // has gone; the failed send reports it instead.
+  std::signal(SIGPIPE, SIG_IGN);
   try {
     rfmT_PageServer server(argv[1], STDIN_FILENO, STDOUT_FILENO);
     server.Serve();

@@ -15,7 +15,7 @@ char const kSourcePath[] = "tools/assistant/rfmT_PageServer";
 
 rfmT_PageServer::rfmT_PageServer(cow_String const& fileName, int input, int output)
     : m_Name(fileName), m_File(fileName, utl_FileAccessRead, utl_FileShareAll), m_Checker(fileName),
-      m_In(input, rfm_RemotePages::kEndType), m_Out(output, rfm_RemotePages::kEndType),
+      m_In(input, rfm_RemotePages::kEndType), m_Out(output, rfm_RemotePages::kEndType), m_Sender(m_Out),
       m_SizeSeen(m_File.FileSize()) {}
 
 void rfmT_PageServer::Serve() {
@@ -27,6 +27,7 @@ void rfmT_PageServer::Serve() {
     } catch (utl_BinStreamEOF const&) {
       return;
     }
+    m_Sender.Reclaim();
     switch (command) {
       case rfm_RemotePages::kCommandFileLength:
         SendFileLength();
@@ -57,7 +58,7 @@ void rfmT_PageServer::Greet() {
   int pageSize = m_In.ReadInt();
   if (pageSize <= 0 || pageSize > rfm_RemotePages::kLargestPageSize) Refuse(__LINE__, "page size %d refused", pageSize);
   m_PageSize = pageSize;
-  m_Page.resize(static_cast<std::size_t>(pageSize));
+  m_Sender.Resize(pageSize);
 }
 
 void rfmT_PageServer::SendFileLength() {
@@ -84,8 +85,10 @@ void rfmT_PageServer::SendPage() {
   SendStatusBlock(start);
   int length = ReadPage(start);
   m_Out.WriteInt(length);
-  m_Out.Write(m_Page.data(), length);
-  m_Sent[start] = rfmT_PageDigest(m_Page.data(), length);
+  m_Sender.Send(length);
+  // The digest is taken while the reader copies the page out: a lent page
+  // stays as it is until the next request.
+  m_Sent[start] = rfmT_PageDigest(m_Sender.Page(), length);
 }
 
 void rfmT_PageServer::SendStatusBlock(long long pageBeingSent) {
@@ -107,7 +110,7 @@ void rfmT_PageServer::SendStatusBlock(long long pageBeingSent) {
 std::vector<long long> rfmT_PageServer::StalePages(long long pageBeingSent) {
   std::vector<long long> stale;
   for (auto sent = m_Sent.begin(); sent != m_Sent.end();) {
-    if (sent->first != pageBeingSent && rfmT_PageDigest(m_Page.data(), ReadPage(sent->first)) != sent->second) {
+    if (sent->first != pageBeingSent && rfmT_PageDigest(m_Sender.Page(), ReadPage(sent->first)) != sent->second) {
       stale.push_back(sent->first);
       sent = m_Sent.erase(sent);
     } else {
@@ -121,7 +124,7 @@ int rfmT_PageServer::ReadPage(long long start) {
   m_File.Seek(start);
   int length = 0;
   while (length < m_PageSize) {
-    int got = m_File.Read(m_Page.data() + length, m_PageSize - length);
+    int got = m_File.Read(m_Sender.Page() + length, m_PageSize - length);
     if (got == 0) break;
     length += got;
   }

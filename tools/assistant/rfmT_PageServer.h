@@ -2,6 +2,7 @@
 #define rfmT_PageServer_h
 
 #include "cow_String.h"
+#include "rfmT_PageSender.h"
 #include "rfm_DBStatusChecker.h"
 #include "utl_BinIStream.h"
 #include "utl_BinOStream.h"
@@ -47,8 +48,8 @@ private:
   rfm_DBStatusCheckerFileLocal m_Checker;
   utl_BinIStream m_In;
   utl_BinOStream m_Out;
+  rfmT_PageSender m_Sender;
   int m_PageSize = 0;
-  std::vector<char> m_Page;
   std::map<long long, std::uint64_t> m_Sent;
   long long m_SizeSeen = 0;
 };

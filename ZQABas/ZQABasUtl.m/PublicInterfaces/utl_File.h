@@ -29,6 +29,8 @@ public:
   void Close() noexcept;
   bool IsOpen() const { return m_Descriptor >= 0; }
   cow_String const& Name() const { return m_Name; }
+  // The system's descriptor, for what this class does not offer (mapping).
+  int Descriptor() const { return m_Descriptor; }
 
   void Seek(utl_FileOffset offset);
   utl_FileOffset Tell() const { return m_Position; }

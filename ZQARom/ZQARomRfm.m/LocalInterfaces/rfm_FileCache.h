@@ -20,9 +20,17 @@
 // a null block, which tells it the page is gone.
 //
 // Invariants: every block is on exactly one list; a busy block is never
-// given to another page; block n lies at n times the page size in the file.
-// Lists and maps change only under m_Mutex; the file's bytes move under
-// m_FileMutex, so a page is read or fetched without holding up the lists.
+// given to another page; block n lies at n times the page size in the file,
+// which is mapped into memory block by block. Lists and maps change only
+// under m_Mutex; a page's bytes move without it, as only the reader that
+// holds the block busy touches them.
+//
+// The pages are mapped rather than read and written: a page then comes from
+// the pipe into the cache file, and from there to the caller, in one copy
+// each and no system call, where reading and writing the file cost a
+// system call and a copy more per page and measured no faster than the
+// pipe alone. Each page's disk space is reserved before it is mapped, as a
+// store into a mapped page that finds the disk full would end the process.
 class rfm_FileCache : public thr_GlobalSingleton<rfm_FileCache> {
 public:
   static constexpr int kDefaultPageSize = 1 << 20;
@@ -59,16 +67,12 @@ public:
   long long PageLimit() const { return m_PageLimit; }
   int PageCount() const { return m_PageCount; }
 
-  // Transfers in the cache file, for the blocks.
-  int ReadFile(long long offset, char* buffer, int count);
-  void WriteFile(long long offset, char const* buffer, int count);
-
 private:
   void Open();
+  rfm_FileCacheBlock* NewBlock();
   void Release(rfm_FileCacheBlock* block);
 
   thr_Mutex m_Mutex;
-  thr_Mutex m_FileMutex;
   std::unique_ptr<utl_TempFile> m_TempFile;
   utl_File m_File;
   rfm_FileCacheBlock m_Busy;

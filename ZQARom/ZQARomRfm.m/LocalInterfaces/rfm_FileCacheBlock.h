@@ -3,7 +3,6 @@
 
 #include "omi_Btree.h"
 
-class rfm_FileCache;
 class rfm_FileCacheBlock;
 class utl_BinIStream;
 
@@ -16,12 +15,16 @@ using rfm_FileCachePageMap = omi_Btree<long long, rfm_FileCacheBlock*>;
 // lists (a circular doubly linked list; a block alone points to itself).
 //
 // Invariant: while m_Owner is set, m_Owner maps m_Key to this block, and
-// m_Length bytes from m_FileOffset are the page's first bytes.
+// m_Length bytes from m_FileOffset are the page's first bytes. The block's
+// page of the cache file is mapped at m_Data for the block's lifetime.
 class rfm_FileCacheBlock {
 public:
   // A list head, or a block alone.
   rfm_FileCacheBlock() = default;
-  rfm_FileCacheBlock(rfm_FileCache* cache, long long fileOffset) : m_Cache(cache), m_FileOffset(fileOffset) {}
+  // A page slot whose bytes are data, its place in the cache file mapped.
+  rfm_FileCacheBlock(char* data, long long fileOffset, int pageSize)
+      : m_Data(data), m_FileOffset(fileOffset), m_PageSize(pageSize) {}
+  ~rfm_FileCacheBlock();
   rfm_FileCacheBlock(rfm_FileCacheBlock const&) = delete;
   rfm_FileCacheBlock& operator=(rfm_FileCacheBlock const&) = delete;
 
@@ -31,7 +34,8 @@ public:
   // Delivers what the block holds from position on, up to remaining bytes:
   // count and position grow, buffer moves on, remaining falls.
   void ReadPartial(int& count, char*& buffer, int& remaining, long long& position);
-  // Reads a page's length and bytes from in into the cache file.
+  // Reads a page's length and bytes from in into the cache file. The
+  // block holds no bytes until the whole page has come.
   void FetchPage(utl_BinIStream& in);
 
   // Moves the block to the head of the list that list heads.
@@ -48,9 +52,10 @@ public:
 private:
   rfm_FileCacheBlock* m_Next = this;
   rfm_FileCacheBlock* m_Previous = this;
-  rfm_FileCache* m_Cache = nullptr;
+  char* m_Data = nullptr;
   long long m_Key = 0;
   long long m_FileOffset = 0;
+  int m_PageSize = 0;
   int m_Length = 0;
   rfm_FileCachePageMap* m_Owner = nullptr;
 };

@@ -1,11 +1,17 @@
 #include "rfm_FileCache.h"
 
 #include "ZQABasAssert.h"
+#include "atr_SubstituteFormat.h"
 #include "atr_translate.h"
 #include "omi_BtreeIterator.h"
+#include "rfm_FileException.h"
 #include "utl_CommandLine.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
 
 namespace {
 
@@ -72,8 +78,7 @@ rfm_FileCacheBlock* rfm_FileCache::GetPage(long long const& key, rfm_FileCachePa
     if (!m_Free.IsAlone()) {
       block = m_Free.Next();
     } else if (m_PageCount < m_PageLimit) {
-      m_Blocks.emplace_back(new rfm_FileCacheBlock(this, static_cast<long long>(m_PageCount) * m_PageSize));
-      block = m_Blocks.back().get();
+      block = NewBlock();
       ++m_PageCount;
     } else if (!m_Idle.IsAlone()) {
       block = m_Idle.Previous();
@@ -120,14 +125,20 @@ cow_List<long long> rfm_FileCache::SiftMap(rfm_FileCachePageMap* map) {
   return lost;
 }
 
-int rfm_FileCache::ReadFile(long long offset, char* buffer, int count) {
-  thr_MutexGuard guard(m_FileMutex);
-  m_File.Seek(offset);
-  return m_File.Read(buffer, count);
-}
-
-void rfm_FileCache::WriteFile(long long offset, char const* buffer, int count) {
-  thr_MutexGuard guard(m_FileMutex);
-  m_File.Seek(offset);
-  m_File.Write(buffer, count);
+rfm_FileCacheBlock* rfm_FileCache::NewBlock() {
+  long long const offset = static_cast<long long>(m_PageCount) * m_PageSize;
+  int const error = ::posix_fallocate(m_File.Descriptor(), offset, m_PageSize);
+  if (error == ENOSPC) rfm_FileCacheExc().Throw(kSourcePath, __LINE__);
+  void* data = MAP_FAILED;
+  if (error == 0) {
+    data = ::mmap(nullptr, static_cast<std::size_t>(m_PageSize), PROT_READ | PROT_WRITE, MAP_SHARED,
+                  m_File.Descriptor(), offset);
+  }
+  if (data == MAP_FAILED) {
+    nex_ThrowMessage(kSourcePath, __LINE__,
+                     atr_SubstituteFormat(atr_translate("***ERROR: The network ZDB cache file %s cannot grow: %s"),
+                                          m_File.Name().CStr(), std::strerror(error != 0 ? error : errno)));
+  }
+  m_Blocks.emplace_back(new rfm_FileCacheBlock(static_cast<char*>(data), offset, m_PageSize));
+  return m_Blocks.back().get();
 }

@@ -228,7 +228,7 @@ void rfm_FileReprRemote::ReceiveFileStatus(long long pageBeingFetched) {
   if (stale < 0) {
     Disconnect(__LINE__, atr_SubstituteFormat(atr_translate("the file assistant sent %d stale pages"), stale));
   }
-  // R7: stale pages go before anything reads them again.
+  // Stale pages go before anything reads them again.
   for (int index = 0; index < stale; ++index) {
     long long key = m_In->ReadInt64();
     // The page being fetched is about to be replaced whole; its block is

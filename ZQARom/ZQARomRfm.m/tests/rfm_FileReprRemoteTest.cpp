@@ -4,10 +4,15 @@
 #include "rfm_FileException.h"
 #include "rfm_FileReprRemote.h"
 #include "rfm_FtpRecord.h"
+#include "rfm_RemotePages.h"
 #include "rfm_SampleDatabase.h"
 #include "rfm_Table.h"
 #include "rfm_TestAssertion.h"
 #include "rfm_TestDatabase.h"
+#include "uti_Redirection.h"
+#include "uti_SpawnSourceWithSink.h"
+#include "utl_BinIStream.h"
+#include "utl_BinOStream.h"
 #include "utl_CommandLine.h"
 #include "zqa_TestDir.h"
 
@@ -20,6 +25,7 @@
 #include <stdexcept>
 #include <string>
 #include <dirent.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -323,4 +329,108 @@ TEST_F(RemoteFileTest, ACacheWithNoRoomWarnsAtOpenAndRunsOutAtTheFirstRead) {
                 throw std::runtime_error(warning + " / " + exhausted);
               }
             }));
+}
+
+// Two files read in turns through a cache smaller than either: blocks move
+// from one file to the other, and every byte read, whether it came from the
+// assistant just now or from the cache file, is the file's own.
+TEST_F(RemoteFileTest, ReadsThroughACacheThatPassesPagesBetweenFilesGiveEachFileItsBytes) {
+  zqa_TestDir dir;
+  // Each page is told apart by its bytes, so that a page read from the
+  // wrong place in the cache file shows.
+  auto pattern = [](int pages, int seed) {
+    std::string bytes(static_cast<std::size_t>(pages) * kPageSize, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(i * 7 + i / kPageSize * 13 + seed);
+    return bytes;
+  };
+  // One MiB of cache, the least nzdb_cache_limit gives: 256 pages of 4 KiB.
+  int const cachePages = 256;
+  std::string const first = pattern(cachePages + 40, 1);
+  std::string const second = pattern(cachePages / 2, 5);
+  cow_String firstName = dir.File("first.bin");
+  cow_String secondName = dir.File("second.bin");
+  zqa_WriteFileBytes(firstName, first);
+  zqa_WriteFileBytes(secondName, second);
+  EXPECT_EQ(0, zqa_RunInChild([&] {
+              rfm_FileCache::Finalize();
+              utl_CommandLine::Instance().Set("nzdb_cache_limit", "1");
+              rfm_File one = rfm_File::Open(UrlOf(firstName), utl_FileAccessRead, false);
+              rfm_File two = rfm_File::Open(UrlOf(secondName), utl_FileAccessRead, false);
+              auto expect = [](rfm_File const& file, std::string const& bytes, long long at, int count) {
+                std::string const got = Bytes(file, at, count);
+                if (got != bytes.substr(static_cast<std::size_t>(at), static_cast<std::size_t>(count))) {
+                  throw std::runtime_error("wrong bytes at " + std::to_string(at));
+                }
+              };
+              // The second file's pages, then a read half from the cache and
+              // half from the assistant.
+              expect(two, second, 100, 10 * kPageSize);
+              expect(two, second, 5 * kPageSize + 7, 20 * kPageSize);
+              long long const held = RemoteOf(two).PagesFetched();
+              expect(two, second, 3, 12 * kPageSize);
+              if (RemoteOf(two).PagesFetched() != held) throw std::runtime_error("held pages fetched again");
+              // The first file takes the whole cache, the second's idle pages
+              // among it; both read right afterwards, in pieces across pages.
+              expect(one, first, 0, static_cast<int>(first.size()));
+              for (long long at = 11; at < static_cast<long long>(second.size()); at += 3 * kPageSize + 501) {
+                expect(two, second, at, kPageSize + 900);
+                expect(one, first, at * 2, 2 * kPageSize);
+              }
+              if (rfm_FileCache::Instance().PageCount() != cachePages) throw std::runtime_error("cache grew past its limit");
+            }));
+}
+
+// A reader may ask for a page before it has read the whole answer to the
+// one before. The assistant lends pages to its output pipe; the second
+// page must not land in memory the pipe still holds for the first.
+TEST_F(RemoteFileTest, TheAssistantAnswersRequestsSentAheadWithEachPagesOwnBytes) {
+  zqa_TestDir dir;
+  cow_String name = dir.File("pages.bin");
+  std::string const bytes = std::string(kPageSize, 'a') + std::string(kPageSize, 'b') + std::string(100, 'c');
+  zqa_WriteFileBytes(name, bytes);
+  cow_List<cow_String> arguments;
+  arguments.Append(name);
+  uti_SpawnSourceWithSink assistant(rfm_RemotePages::kAssistantProgram, arguments,
+                                    uti_Redirection(uti_Redirection::kStandardError, dir.File("stderr.txt")),
+                                    cow_Map<cow_String, cow_String>());
+  utl_BinOStream out(assistant.SinkDescriptor(), rfm_RemotePages::kEndType);
+  utl_BinIStream in(assistant.SourceDescriptor(), rfm_RemotePages::kEndType);
+  out.WriteUchar(0);
+  out.Flush();
+  ASSERT_EQ(rfm_RemotePages::kProtocolVersion, in.ReadShort());
+  out.WriteShort(rfm_RemotePages::kProtocolVersion);
+  out.WriteInt(kPageSize);
+  auto request = [&](long long start) {
+    out.WriteSchar(rfm_RemotePages::kCommandReadPage);
+    out.WriteShort(0);
+    out.WriteInt64(start);
+    out.WriteInt(kPageSize);
+  };
+  auto answer = [&] {
+    EXPECT_EQ(rfm_RemotePages::kCommandReadPage, in.ReadSchar());
+    EXPECT_EQ(rfm_FileStatus::kUnchanged, in.ReadSchar());
+    std::string page(static_cast<std::size_t>(in.ReadInt()), '\0');
+    in.Read(page.data(), static_cast<int>(page.size()));
+    return page;
+  };
+  request(0);
+  request(kPageSize);
+  out.Flush();
+  // The assistant has served both before the first answer is read; it
+  // needs nothing from this side to get there.
+  while (true) {
+    int unread = 0;
+    ASSERT_EQ(0, ::ioctl(assistant.SourceDescriptor(), FIONREAD, &unread));
+    if (unread >= 2 * kPageSize) break;
+    ::usleep(1000);
+  }
+  EXPECT_EQ(bytes.substr(0, kPageSize), answer());
+  EXPECT_EQ(bytes.substr(kPageSize, kPageSize), answer());
+  request(2 * kPageSize);
+  request(0);
+  out.Flush();
+  EXPECT_EQ(bytes.substr(2 * kPageSize), answer());
+  EXPECT_EQ(bytes.substr(0, kPageSize), answer());
+  assistant.CloseSink();
+  EXPECT_EQ(0, assistant.Reap(10));
 }
