@@ -148,14 +148,18 @@ public:
     return Samples(baseline, measure).Median() / Samples(side, measure).Median();
   }
 
-  // Prints one line per measure of side: count / seconds at the fastest pass
-  // and at the median, in millions per second.
-  void PrintRates(std::string const& side, std::vector<std::pair<std::string, double>> const& countsByMeasure) const {
+  // Prints the heading of PrintRates' columns, what naming the unit.
+  static void PrintRateHeading(char const* what) { std::printf("  %-43s %10s %10s\n", what, "fastest", "median"); }
+
+  // Prints one line per measure of side: count / seconds / unit at the
+  // fastest pass and at the median.
+  void PrintRates(std::string const& side, std::vector<std::pair<std::string, double>> const& countsByMeasure,
+                  double unit = 1e6) const {
     for (auto const& measure : countsByMeasure) {
       if (!Took(side, measure.first)) continue;
       zqa_Samples const& samples = Samples(side, measure.first);
-      std::printf("  %-34s %-8s %10.3f %10.3f\n", side.c_str(), measure.first.c_str(),
-                  measure.second / samples.Min() / 1e6, measure.second / samples.Median() / 1e6);
+      std::printf("  %-34s %-8s %10.2f %10.2f\n", side.c_str(), measure.first.c_str(),
+                  measure.second / samples.Min() / unit, measure.second / samples.Median() / unit);
     }
   }
 
