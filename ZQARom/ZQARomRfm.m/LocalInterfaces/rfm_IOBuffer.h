@@ -21,6 +21,7 @@
 class rfm_IOBuffer : public rfm_IOS, private rfm_BufferWindow {
 public:
   static constexpr int kDefaultSize = 2048;
+  static constexpr int kLargestTransfer = 128 * 1024;
 
   // underlying must outlive the buffer. size 0 means kDefaultSize.
   rfm_IOBuffer(rfm_IOS* underlying, int size);
@@ -77,9 +78,20 @@ public:
   void Append(rfm_IOBuffer& source);
   // Ends the current direction: writes what waits, forgets what was read ahead.
   void LocalFlush();
+  // The size asked for, the least transfer.
   int Size() const { return m_Size; }
+  // The size of the next fill or write-back in the current run.
+  int TransferSize() const { return m_Transfer; }
 
 private:
+  // The size for a transfer from m_Start, with room for it: doubled when it
+  // continues the last transfer's run, the size asked for when not.
+  int NextTransfer();
+  // Notes that bytes [start, end) of the underlying object just moved.
+  void RecordRun(utl_FileOffset start, utl_FileOffset end) {
+    m_RunStart = start;
+    m_RunEnd = end;
+  }
   int ReadThrough(char* buffer, int count);
   int WriteThrough(char const* buffer, int count);
   void BufferBeginRead();
@@ -93,7 +105,14 @@ private:
 
   rfm_IOS* m_Underlying;
   int m_Size;
+  int m_Transfer;
+  int m_Capacity;
   utl_FileOffset m_Start;
+  // The last transfer's underlying bytes; a transfer from above its start
+  // up to its end continues it (a fill may start a little before the end,
+  // re-reading a partial element).
+  utl_FileOffset m_RunStart = -1;
+  utl_FileOffset m_RunEnd = -1;
   std::unique_ptr<char[]> m_Buffer;
   char* m_Chunk = nullptr;
   int m_ChunkCount = 0;

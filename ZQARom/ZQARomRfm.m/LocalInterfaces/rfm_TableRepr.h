@@ -3,6 +3,7 @@
 
 #include "cow_List.h"
 #include "omi_Btree.h"
+#include "rfm_Column.h"
 #include "rfm_Database.h"
 #include "rfm_IOBuffer.h"
 #include "rfm_ObjectLayout.h"
@@ -81,6 +82,14 @@ public:
   utl_FileOffset SpaceAllocation() const { return m_Space->Allocation(); }
   utl_FileOffset SpaceLength() const { return m_Space->Length(); }
   cow_List<cow_String> GetObjStatistics() const;
+  cow_String FileName() const { return m_Database.FileName(); }
+
+  // The bulk path (see rfm_Table): rows stored in the file move in large
+  // blocks straight between the file and the caller's columns; rows in the
+  // cache (a writer's rows not yet written back, rows an application holds)
+  // stand for their stored bytes, as they do for ReadRow.
+  int ReadColumns(int first, int count, rfm_Column const* columns, int columnCount);
+  void AppendColumns(int count, rfm_Column const* columns, int columnCount);
 
   // For rows: the layout.
   int Position(rfm_FieldHandle const& handle) const;
@@ -104,6 +113,8 @@ private:
   static constexpr int kFlushCountOffset = 4;
   static constexpr int kFirstRowOffset = kRfmTableHeaderSize;
   static constexpr int kHeaderWords = 3;
+  // The bytes a bulk call moves in one transfer.
+  static constexpr int kBulkBytes = 1 << 20;
 
   struct CacheEntry {
     int m_Row;
@@ -123,6 +134,9 @@ private:
   // Drops a cached row nobody holds, keeping its memory as a spare.
   void DropRow(rfm_RowRepr* row);
   void AppendRowByRow(rfm_TableRepr& other);
+  [[noreturn]] void RaiseNoFields(int line) const;
+  // Rows per bulk transfer, with a block of room for them.
+  int BulkRows();
   rfm_RowRepr* CachedRow(int row) const;
   // Where row is or would go in the cache.
   std::vector<CacheEntry>::iterator CacheSlot(int row);
@@ -155,6 +169,8 @@ private:
   std::vector<CacheEntry> m_Cache;
   mutable std::size_t m_LastFound = 0;
   std::vector<rfm_RowRepr*> m_Spares;
+  // The bulk path's transfer block, kept between calls.
+  std::vector<char> m_Block;
 };
 
 #endif

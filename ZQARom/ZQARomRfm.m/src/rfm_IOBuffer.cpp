@@ -19,8 +19,8 @@ char const kSourcePath[] = "ZQARom/ZQARomRfm.m/src/rfm_IOBuffer";
 }  // namespace
 
 rfm_IOBuffer::rfm_IOBuffer(rfm_IOS* underlying, int size)
-    : m_Underlying(underlying), m_Size(size > 0 ? size : kDefaultSize), m_Start(underlying->Location()),
-      m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {
+    : m_Underlying(underlying), m_Size(size > 0 ? size : kDefaultSize), m_Transfer(m_Size), m_Capacity(m_Size),
+      m_Start(underlying->Location()), m_Buffer(new char[static_cast<std::size_t>(m_Size)]) {
   m_Bytes = m_Buffer.get();
 }
 
@@ -28,10 +28,25 @@ rfm_IOBuffer::~rfm_IOBuffer() {
   rfm_FlushInDestructor([this] { LocalFlush(); });
 }
 
+int rfm_IOBuffer::NextTransfer() {
+  bool const continues = m_RunStart < m_Start && m_Start <= m_RunEnd;
+  m_Transfer = continues ? std::min(std::max(m_Transfer, m_Size) * 2, std::max(kLargestTransfer, m_Size)) : m_Size;
+  if (m_Transfer > m_Capacity) {
+    // Only an empty buffer grows, so nothing is copied; once grown it stays,
+    // since a run that stopped often starts again.
+    m_Buffer.reset(new char[static_cast<std::size_t>(m_Transfer)]);
+    m_Capacity = m_Transfer;
+    m_Bytes = m_Buffer.get();
+  }
+  return m_Transfer;
+}
+
 void rfm_IOBuffer::BufferBeginRead() {
+  int const transfer = NextTransfer();
   m_Underlying->Seek(m_Start);
-  m_Limit = m_Underlying->Read(m_Buffer.get(), m_Size);
+  m_Limit = m_Underlying->Read(m_Buffer.get(), transfer);
   m_Cursor = 0;
+  RecordRun(m_Start, m_Start + m_Limit);
 }
 
 void rfm_IOBuffer::BufferEndRead() {
@@ -42,7 +57,7 @@ void rfm_IOBuffer::BufferEndRead() {
 
 void rfm_IOBuffer::BufferBeginWrite() {
   m_Cursor = 0;
-  m_Limit = m_Size;
+  m_Limit = NextTransfer();
 }
 
 void rfm_IOBuffer::BufferEndWrite() {
@@ -54,6 +69,7 @@ void rfm_IOBuffer::BufferEndWrite() {
       if (n <= 0) RaiseWriteFailed();
       written += n;
     }
+    RecordRun(m_Start, m_Start + written);
     m_Start += written;
   }
   m_Cursor = 0;
@@ -138,6 +154,7 @@ int rfm_IOBuffer::ReadThrough(char* buffer, int count) {
       LocalFlush();
       m_Underlying->Seek(m_Start);
       int got = m_Underlying->Read(buffer + done, rest);
+      RecordRun(m_Start, m_Start + got);
       m_Start += got;
       done += got;
       break;
@@ -160,6 +177,7 @@ int rfm_IOBuffer::WriteThrough(char const* buffer, int count) {
       LocalFlush();
       m_Underlying->Seek(m_Start);
       int written = m_Underlying->Write(buffer + done, rest);
+      RecordRun(m_Start, m_Start + written);
       m_Start += written;
       done += written;
       if (written < rest) RaiseWriteFailed();
@@ -187,6 +205,7 @@ int rfm_IOBuffer::ReadTyped(T* values, int count) {
       int whole = got / static_cast<int>(sizeof(T));
       // A torn last element stays unread, as through the buffer; its bytes
       // may have reached the caller's element past the count returned.
+      RecordRun(m_Start, m_Start + static_cast<utl_FileOffset>(whole) * static_cast<int>(sizeof(T)));
       m_Start += static_cast<utl_FileOffset>(whole) * static_cast<int>(sizeof(T));
       if (SwapBytes() && whole > 0) omi_SwapperGuts::InternalizeArray(values + done, values + done, whole, sizeof(T));
       return done + whole;
@@ -216,6 +235,7 @@ void rfm_IOBuffer::WriteTyped(T const* values, int count, char const* failure) {
       m_Underlying->Seek(m_Start);
       int bytes = rest * static_cast<int>(sizeof(T));
       int written = m_Underlying->Write(reinterpret_cast<char const*>(values + done), bytes);
+      RecordRun(m_Start, m_Start + written);
       m_Start += written;
       if (written < bytes) RaiseWriteFailed();
       return;

@@ -58,3 +58,11 @@ rfm_StringManager* rfm_Table::StringManager() const { return Repr().StringManage
 utl_FileOffset rfm_Table::SpaceAllocation() const { return Repr().SpaceAllocation(); }
 utl_FileOffset rfm_Table::SpaceLength() const { return Repr().SpaceLength(); }
 cow_List<cow_String> rfm_Table::GetObjStatistics() const { return Repr().GetObjStatistics(); }
+
+int rfm_Table::ReadColumns(int first, int count, rfm_Column const* columns, int columnCount) const {
+  return Repr().ReadColumns(first, count, columns, columnCount);
+}
+
+void rfm_Table::AppendColumns(int count, rfm_Column const* columns, int columnCount) const {
+  Repr().AppendColumns(count, columns, columnCount);
+}

@@ -174,12 +174,14 @@ void rfm_TableRepr::DropRow(rfm_RowRepr* row) {
   }
 }
 
+// Rows of no bytes could never be counted in the file.
+void rfm_TableRepr::RaiseNoFields(int line) const {
+  Raise(line, atr_SubstituteFormat(atr_translate("***ERROR: Table '%s' in %s has no fields: it cannot hold rows."),
+                                   m_Metadata->TableName(), m_Database.FileName()));
+}
+
 rfm_Row rfm_TableRepr::NewRow() {
-  // Rows of no bytes could never be counted in the file.
-  if (m_RowSize == 0) {
-    Raise(__LINE__, atr_SubstituteFormat(atr_translate("***ERROR: Table '%s' in %s has no fields: it cannot hold rows."),
-                                         m_Metadata->TableName(), m_Database.FileName()));
-  }
+  if (m_RowSize == 0) RaiseNoFields(__LINE__);
   m_Dirty = true;
   if (m_CacheBudget-- <= 0) CullCache();
   rfm_RowRepr* row = MakeRow(m_RowCount, true);
