@@ -1,6 +1,6 @@
 // Rows of (int, double, double, string from a set of 1000) written and read
 // back in order, then read one at a time at random row numbers, through
-// rfm_Table's row interface, through SQLite and HDF5 each set up as an
+// rfm_Table's row interface (and in order through its bulk path), through SQLite and HDF5 each set up as an
 // experienced user sets it up, and as the same row bytes through plain
 // write/read; then node result rows (an int and six doubles) through a
 // compressed database file against HDF5's deflate and shuffle + deflate.
@@ -11,7 +11,7 @@
 //   rfm_TableCompare [rows] [randomReads] [nodeRows] [rounds] [only]
 //       defaults 10000000, 1000000, 2000000 and 5; TMPDIR picks the folder
 //
-// With "only" given as the name of one side (rows, sqlite, hdf5, plain,
+// With "only" given as the name of one side (rows, bulk, sqlite, hdf5, plain,
 // compressed, hdf5-deflate, hdf5-shuffle), runs that side alone, for a
 // profiler.
 
@@ -109,6 +109,61 @@ void RowSide(Workload const& work, zqa_Measures& measures) {
     rfm_Database database = rfm_Database::Open(rfm_File::Open(path.c_str(), utl_FileAccessRead, false), kMagic);
     rfm_Table table = database.Table(handle, -1, -1);
     for (int pick : work.picks) zqa_Check(matches(table, pick), "rfm_Table random row");
+  });
+  ::unlink(path.c_str());
+}
+
+// rfm_Table through AppendColumns / ReadColumns in batches of 64 Ki rows,
+// the strings read back as text.
+void BulkSide(Workload const& work, zqa_Measures& measures) {
+  std::string const path = work.base + "-bulk.zdb";
+  std::size_t const batch = kBatchRows;
+  std::vector<int> a(batch);
+  std::vector<double> b(batch);
+  std::vector<double> c(batch);
+  std::vector<cow_String> d(batch);
+  rfm_Handle handle;
+  measures["write"] = zqa_Seconds([&] {
+    rfm_Database database =
+        rfm_Database::Create(rfm_File::Open(path.c_str(), utl_FileAccessCreate, true), kMagic, "", 0);
+    rfm_TableMetadata layout(kTableName, 1);
+    rfm_Column const columns[] = {
+        rfm_Column::Ints(rfm_FieldHandle(layout.DefineIntField("a")), static_cast<int const*>(a.data())),
+        rfm_Column::Doubles(rfm_FieldHandle(layout.DefineDoubleField("b")), static_cast<double const*>(b.data())),
+        rfm_Column::Doubles(rfm_FieldHandle(layout.DefineDoubleField("c")), static_cast<double const*>(c.data())),
+        rfm_Column::Strings(rfm_FieldHandle(layout.DefineStringField("d")), static_cast<cow_String const*>(d.data()))};
+    rfm_Table table = database.Table(layout, 1 << 20, -1);
+    for (int done = 0; done < work.rows; done += kBatchRows) {
+      int const count = std::min(kBatchRows, work.rows - done);
+      for (int k = 0; k < count; ++k) {
+        std::size_t const at = static_cast<std::size_t>(k);
+        a[at] = A(done + k);
+        b[at] = B(done + k);
+        c[at] = C(done + k);
+        d[at] = work.Label(done + k);
+      }
+      table.AppendColumns(count, columns, 4);
+    }
+    table.Flush();
+    handle = table.Handle();
+  });
+  measures["read"] = zqa_Seconds([&] {
+    rfm_Database database = rfm_Database::Open(rfm_File::Open(path.c_str(), utl_FileAccessRead, false), kMagic);
+    rfm_Table table = database.Table(handle, -1, -1);
+    zqa_Check(table.Length() == work.rows, "rfm_Table bulk length");
+    rfm_Column const columns[] = {rfm_Column::Ints(rfm_FieldHandle(table.Index("a")), a.data()),
+                                  rfm_Column::Doubles(rfm_FieldHandle(table.Index("b")), b.data()),
+                                  rfm_Column::Doubles(rfm_FieldHandle(table.Index("c")), c.data()),
+                                  rfm_Column::Strings(rfm_FieldHandle(table.Index("d")), d.data())};
+    for (int done = 0; done < work.rows; done += kBatchRows) {
+      int const count = std::min(kBatchRows, work.rows - done);
+      zqa_Check(table.ReadColumns(done, kBatchRows, columns, 4) == count, "rfm_Table bulk read count");
+      for (int k = 0; k < count; ++k) {
+        std::size_t const at = static_cast<std::size_t>(k);
+        int const i = done + k;
+        zqa_Check(a[at] == A(i) && b[at] == B(i) && c[at] == C(i) && d[at] == work.Label(i), "rfm_Table bulk row");
+      }
+    }
   });
   ::unlink(path.c_str());
 }
@@ -378,6 +433,7 @@ int main(int argc, char** argv) {
   Workload const work{zqa_BenchPath("zqa-table"), rows, RandomRows(rows, randomReads), MakeLabels()};
   zqa_Rounds table;
   table.Side("rows", [&](zqa_Measures& m) { RowSide(work, m); });
+  table.Side("bulk", [&](zqa_Measures& m) { BulkSide(work, m); });
   table.Side("sqlite", [&](zqa_Measures& m) { SqliteSide(work, m); });
   table.Side("hdf5", [&](zqa_Measures& m) { Hdf5Side(work, m); });
   table.Side("plain", [&](zqa_Measures& m) { PlainSide(work, m); });
@@ -395,7 +451,7 @@ int main(int argc, char** argv) {
   zqa_Rounds::PrintRateHeading("millions of rows per second");
   std::vector<std::pair<std::string, double>> const counts = {
       {"write", rows}, {"read", rows}, {"random", randomReads}};
-  for (char const* side : {"rows", "sqlite", "hdf5", "plain"}) table.PrintRates(side, counts);
+  for (char const* side : {"rows", "bulk", "sqlite", "hdf5", "plain"}) table.PrintRates(side, counts);
   nodes.PrintRates(compressed);
   if (!only.empty()) return 0;
   std::printf("ratios of medians (above 1: the first is faster)\n");
@@ -403,6 +459,9 @@ int main(int argc, char** argv) {
   table.PrintRatios("rfm rows / SQLite", "rows", "sqlite", all);
   table.PrintRatios("rfm rows / HDF5", "rows", "hdf5", all);
   table.PrintRatios("rfm rows / plain", "rows", "plain", all);
+  table.PrintRatios("rfm bulk / SQLite", "bulk", "sqlite", all);
+  table.PrintRatios("rfm bulk / HDF5", "bulk", "hdf5", all);
+  table.PrintRatios("rfm bulk / plain", "bulk", "plain", all);
   nodes.PrintRatios(compressed);
   return 0;
 }

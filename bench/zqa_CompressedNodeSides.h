@@ -2,7 +2,8 @@
 #define zqa_CompressedNodeSides_h
 
 // The compressed comparison of rfm_TableCompare: node result rows written
-// into a compressed database file and read back, against an HDF5 compound
+// through rfm_Table's bulk path into a compressed database file and read
+// back, against an HDF5 compound
 // dataset compressed by deflate at level 6, alone and after the shuffle
 // filter. Every value read is checked; the size of the file each side
 // wrote last is kept for the report.
