@@ -31,7 +31,8 @@ demo: build
 test: build
 	ctest --test-dir $(BUILD) -j $(JOBS) --output-on-failure
 
-bench: deps
+bench:
+	@bash .ci/deps bench
 	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build build-bench -j $(JOBS)
 
