@@ -84,6 +84,7 @@ atr_StringBase::atr_StringBase(atr_StringBase&& other) noexcept
 atr_StringBase::~atr_StringBase() { Delete(); }
 
 atr_StringBase& atr_StringBase::operator=(atr_StringBase const& other) noexcept {
+  if (other.m_Header == m_Header) return *this;  // already sharing it
   // Taking the right-hand share first makes self-assignment harmless.
   char* chars = other.m_Chars;
   Header* header = other.m_Header;
@@ -237,6 +238,8 @@ void atr_StringBase::replace(int start, int count, char const* text, int textLen
 int atr_StringBase::Compare(atr_StringBase const& other) const noexcept {
   int a = Length();
   int b = other.Length();
+  // Copies share their characters: nothing to compare.
+  if (CStr() == other.CStr() && a == b) return 0;
   int common = std::memcmp(CStr(), other.CStr(), static_cast<std::size_t>(std::min(a, b)));
   if (common != 0) return common;
   return a < b ? -1 : (a > b ? 1 : 0);

@@ -5,7 +5,6 @@
 #include "rfm_Column.h"
 #include "utl_FileOffset.h"
 
-#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -40,11 +39,12 @@ private:
     std::uint32_t m_Bit;              // its bit in that word, in host order
     rfm_Column const* m_Column;
   };
+  // A pooled string by its stored bytes; 0 is no stored offset's bytes.
   struct Recent {
-    utl_FileOffset m_Offset = 0;
+    std::uint64_t m_Stored = 0;
     cow_String m_Text;
   };
-  static constexpr int kRecentStrings = 256;
+  static constexpr std::size_t kMostRecentStrings = 4096;
 
   template <class T>
   void DecodeNumbers(Bound const& column, char const* bytes, int rows, int first);
@@ -55,16 +55,17 @@ private:
   void EncodeStrings(Bound const& column, char* bytes, int rows, int first);
   bool Present(char const* row, Bound const& column) const;
   void MarkPresent(char* row, Bound const& column) const;
-  // The text of the pooled string at offset; the strings of a column
-  // repeat, so the last few are kept by offset.
-  cow_String const& Text(char const* external, utl_FileOffset offset);
+  // The text of the pooled string whose stored offset is at external; the
+  // strings of a column repeat, so the last ones are kept by those bytes.
+  cow_String const& Text(char const* external);
 
   rfm_TableRepr& m_Table;
   rfm_StringManager& m_Strings;
   omi_Swapper m_Order;
   int m_RowSize;
   std::vector<Bound> m_Columns;
-  std::array<Recent, kRecentStrings> m_Recent;
+  // Sized to the call, once a column asks for text: a few rows need few.
+  std::vector<Recent> m_Recent;
 };
 
 #endif

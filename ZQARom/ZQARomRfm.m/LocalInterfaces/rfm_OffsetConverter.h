@@ -4,6 +4,9 @@
 #include "omi_Swapper.h"
 #include "utl_FileOffset.h"
 
+#include <cstdint>
+#include <cstring>
+
 // How a file offset or object size is stored: an IEEE double of 8 bytes,
 // exact up to 2^53, swapped as one 64-bit unit when the file's byte order
 // asks for it. Reading adds 0.5 and truncates.
@@ -17,8 +20,23 @@ public:
   static constexpr utl_FileOffset kLargest = utl_FileOffset(1) << 62;
 
   static constexpr int ExternalSize() { return 8; }
-  static utl_FileOffset Internalize(omi_Swapper swapper, char const* source);
-  static void Externalize(omi_Swapper swapper, char* target, utl_FileOffset value);
+  // Inline: every string field of every row passes through them.
+  static utl_FileOffset Internalize(omi_Swapper swapper, char const* source) {
+    std::uint64_t bits;
+    std::memcpy(&bits, source, sizeof bits);
+    if (swapper.Swap()) bits = omi_SwapperGuts::Swap64(bits);
+    double value;
+    std::memcpy(&value, &bits, sizeof value);
+    if (!(value >= 0.0 && value < static_cast<double>(kLargest))) return kInvalid;
+    return static_cast<utl_FileOffset>(value + 0.5);
+  }
+  static void Externalize(omi_Swapper swapper, char* target, utl_FileOffset value) {
+    double stored = static_cast<double>(value);
+    std::uint64_t bits;
+    std::memcpy(&bits, &stored, sizeof bits);
+    if (swapper.Swap()) bits = omi_SwapperGuts::Swap64(bits);
+    std::memcpy(target, &bits, sizeof bits);
+  }
 };
 
 #endif

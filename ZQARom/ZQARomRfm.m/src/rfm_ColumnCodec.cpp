@@ -103,6 +103,11 @@ rfm_ColumnCodec::rfm_ColumnCodec(rfm_TableRepr& table, rfm_Column const* columns
       raise(__LINE__, "rfm_Table::AppendColumns - Field '%s' of table '%s' in %s is not stored in the file's table.",
             column);
     }
+    if (column.GetKind() == rfm_Column::kString && direction == kReading && m_Recent.empty()) {
+      std::size_t size = 16;
+      while (size < kMostRecentStrings && size < static_cast<std::size_t>(rows)) size *= 2;
+      m_Recent.resize(size);
+    }
     Bound bound{column.GetKind(), -1, 0, 0, &column};
     if (position >= 0) {
       bound.m_Offset = table.FieldOffset(position);
@@ -162,29 +167,43 @@ void rfm_ColumnCodec::DecodeNumbers(Bound const& column, char const* bytes, int 
   T* out = static_cast<T*>(column.m_Column->Target()) + first;
   unsigned char* present = column.m_Column->Present();
   T const fill = static_cast<T>(column.m_Column->NumberFill());
+  // The field's bytes are there whether or not it holds data, so each row
+  // loads them and picks: no branch in the loop.
   char const* row = bytes;
+  if (present == nullptr) {
+    for (int r = 0; r < rows; ++r, row += m_RowSize) {
+      T value = Load<T>(m_Order, row + column.m_Offset);
+      out[r] = Present(row, column) ? value : fill;
+    }
+    return;
+  }
+  present += first;
   for (int r = 0; r < rows; ++r, row += m_RowSize) {
     bool has = Present(row, column);
-    if (present != nullptr) present[first + r] = has ? 1 : 0;
-    out[r] = has ? Load<T>(m_Order, row + column.m_Offset) : fill;
+    T value = Load<T>(m_Order, row + column.m_Offset);
+    present[r] = has ? 1 : 0;
+    out[r] = has ? value : fill;
   }
 }
 
 void rfm_ColumnCodec::DecodeStrings(Bound const& column, char const* bytes, int rows, int first) {
   unsigned char* present = column.m_Column->Present();
-  bool const asText = column.m_Kind == rfm_Column::kString;
   char const* row = bytes;
+  if (column.m_Kind == rfm_Column::kStringOffset) {
+    auto* out = static_cast<utl_FileOffset*>(column.m_Column->Target()) + first;
+    for (int r = 0; r < rows; ++r, row += m_RowSize) {
+      bool has = Present(row, column);
+      if (present != nullptr) present[first + r] = has ? 1 : 0;
+      out[r] = has ? rfm_OffsetConverter::Internalize(m_Order, row + column.m_Offset) : 0;
+    }
+    return;
+  }
+  auto* out = static_cast<cow_String*>(column.m_Column->Target()) + first;
+  cow_String const& fill = column.m_Column->StringFill();
   for (int r = 0; r < rows; ++r, row += m_RowSize) {
     bool has = Present(row, column);
     if (present != nullptr) present[first + r] = has ? 1 : 0;
-    char const* external = row + column.m_Offset;
-    utl_FileOffset offset = has ? rfm_OffsetConverter::Internalize(m_Order, external) : 0;
-    if (!asText) {
-      static_cast<utl_FileOffset*>(column.m_Column->Target())[first + r] = offset;
-    } else {
-      static_cast<cow_String*>(column.m_Column->Target())[first + r] =
-          has ? Text(external, offset) : column.m_Column->StringFill();
-    }
+    out[r] = has ? Text(row + column.m_Offset) : fill;
   }
 }
 
@@ -215,16 +234,33 @@ void rfm_ColumnCodec::DecodeAbsent(Bound const& column, int rows, int first) {
   }
 }
 
-cow_String const& rfm_ColumnCodec::Text(char const* external, utl_FileOffset offset) {
-  Recent& recent = m_Recent[static_cast<std::size_t>(offset >> 2) % kRecentStrings];
-  if (recent.m_Offset != offset) {
+cow_String const& rfm_ColumnCodec::Text(char const* external) {
+  std::uint64_t stored;
+  std::memcpy(&stored, external, sizeof stored);
+  // Offsets are small doubles: their bits differ high up, which the
+  // multiplication carries to the top bits that pick the entry.
+  std::size_t slot = static_cast<std::size_t>((stored * 0x9E3779B97F4A7C15ull) >> 40) & (m_Recent.size() - 1);
+  Recent& recent = m_Recent[slot];
+  if (recent.m_Stored != stored || stored == 0) {
     m_Strings.Internalize(external, &recent.m_Text, 1);
-    recent.m_Offset = offset;
+    recent.m_Stored = stored;
   }
   return recent.m_Text;
 }
 
 void rfm_ColumnCodec::Encode(char* bytes, int rows, int first) {
+  // The bits of the columns that hold data in every row go into each row's
+  // bitmap at once; the others, row by row as their presence arrays say.
+  std::vector<std::uint32_t> always(static_cast<std::size_t>(m_Table.BitmapWords()), 0);
+  for (Bound const& column : m_Columns) {
+    if (column.m_Column->PresentSource() == nullptr) always[static_cast<std::size_t>(column.m_WordOffset / 4)] |= column.m_Bit;
+  }
+  char* row = bytes;
+  for (int r = 0; r < rows; ++r, row += m_RowSize) {
+    for (std::size_t w = 0; w < always.size(); ++w) {
+      if (always[w] != 0) rfm_IntConverter::Externalize(m_Order, row + 4 * w, static_cast<std::int32_t>(always[w]));
+    }
+  }
   for (Bound const& column : m_Columns) {
     switch (column.m_Kind) {
       case rfm_Column::kInt:
@@ -239,11 +275,11 @@ void rfm_ColumnCodec::Encode(char* bytes, int rows, int first) {
       case rfm_Column::kHandle: {
         auto const* in = static_cast<rfm_Handle const*>(column.m_Column->Source()) + first;
         unsigned char const* present = column.m_Column->PresentSource();
-        char* row = bytes;
+        row = bytes;
         for (int r = 0; r < rows; ++r, row += m_RowSize) {
           if (present != nullptr && present[first + r] == 0) continue;
           rfm_HandleConverter::Externalize(m_Order, row + column.m_Offset, in[r]);
-          MarkPresent(row, column);
+          if (present != nullptr) MarkPresent(row, column);
         }
         break;
       }
@@ -261,8 +297,12 @@ void rfm_ColumnCodec::EncodeNumbers(Bound const& column, char* bytes, int rows, 
   T const* in = static_cast<T const*>(column.m_Column->Source()) + first;
   unsigned char const* present = column.m_Column->PresentSource();
   char* row = bytes;
+  if (present == nullptr) {
+    for (int r = 0; r < rows; ++r, row += m_RowSize) Store<T>(m_Order, row + column.m_Offset, in[r]);
+    return;
+  }
   for (int r = 0; r < rows; ++r, row += m_RowSize) {
-    if (present != nullptr && present[first + r] == 0) continue;
+    if (present[first + r] == 0) continue;
     Store<T>(m_Order, row + column.m_Offset, in[r]);
     MarkPresent(row, column);
   }
@@ -275,6 +315,6 @@ void rfm_ColumnCodec::EncodeStrings(Bound const& column, char* bytes, int rows, 
   for (int r = 0; r < rows; ++r, row += m_RowSize) {
     if (present != nullptr && present[first + r] == 0) continue;
     m_Strings.Externalize(row + column.m_Offset, in + r, 1);
-    MarkPresent(row, column);
+    if (present != nullptr) MarkPresent(row, column);
   }
 }
