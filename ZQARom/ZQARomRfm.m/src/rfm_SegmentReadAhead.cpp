@@ -103,6 +103,14 @@ void rfm_SegmentReadAhead::Start(int index, rfm_SegmentBuffer& encoded, int deco
 bool rfm_SegmentReadAhead::Take(int index, rfm_SegmentBuffer* out) {
   std::unique_lock<std::mutex> lock(m_Mutex);
   if (m_Job == Job::kNone || m_Index != index) return false;
+  if (m_Job == Job::kPending) {
+    // The worker has not woken up yet: decoding here costs the same
+    // processor time as waiting would, and no wake-up on either side.
+    m_Job = Job::kNone;
+    m_Index = -1;
+    lock.unlock();
+    return m_Codec.Decode(out, m_Encoded);
+  }
   m_Finished.wait(lock, [this] { return m_Job == Job::kDone || m_Job == Job::kFailed; });
   bool const taken = m_Job == Job::kDone && m_Decoded.Size() == out->Size();
   if (taken) out->Swap(m_Decoded);
