@@ -41,7 +41,8 @@ public:
   // nothing when a job is still to be taken.
   void Start(int index, rfm_SegmentBuffer& encoded, int decodedSize);
   // When the job is for index, waits for it and swaps the decoded bytes
-  // into *out; false when there is no such job or it failed, and the
+  // into *out, or decodes into *out here when the worker has not started
+  // on it yet; false when there is no such job or it failed, and the
   // caller decodes by itself (and reports any damage).
   bool Take(int index, rfm_SegmentBuffer* out);
 
