@@ -5,6 +5,9 @@
 # targets with clang in build-fuzz/ and runs each for FUZZ_SECONDS seconds.
 
 ASAN ?= OFF
+# Segments go through libdeflate in the plain build and through zlib alone
+# under the sanitizers, so that a run of both tests both.
+LIBDEFLATE ?= $(if $(filter ON,$(ASAN)),OFF,ON)
 BUILD ?= $(if $(filter ON,$(ASAN)),build-asan,build)
 JOBS ?= $(shell nproc)
 PREFIX ?= $(CURDIR)/out/install
@@ -20,7 +23,7 @@ deps:
 	@bash .ci/deps
 
 configure: deps
-	cmake -S . -B $(BUILD) -DASAN=$(ASAN) -DBUILD_TESTING=ON
+	cmake -S . -B $(BUILD) -DASAN=$(ASAN) -DZQA_LIBDEFLATE=$(LIBDEFLATE) -DBUILD_TESTING=ON
 
 build: configure
 	cmake --build $(BUILD) -j $(JOBS)
@@ -33,7 +36,7 @@ test: build
 
 bench:
 	@bash .ci/deps bench
-	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
+	cmake -S . -B build-bench -DCMAKE_BUILD_TYPE=Release -DZQA_LIBDEFLATE=$(LIBDEFLATE) -DBUILD_TESTING=OFF -DBUILD_BENCHMARKS=ON
 	cmake --build build-bench -j $(JOBS)
 
 fuzz:

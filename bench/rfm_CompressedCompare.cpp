@@ -1,24 +1,35 @@
-// Writes a table of finite-element node results (id, coordinates on a grid,
-// a smooth displacement field) into a compressed database file and reads it
-// back, checking every value; writes the same rows into a plain database
-// file, and compresses and uncompresses that file's bytes in 64 KiB blocks
-// with zlib at level 6, timing only the zlib calls; moves the same bytes
-// through a compressed rfm_File alone. Prints the throughputs in logical
-// MiB (row bytes for the tables, file bytes for the others), the ratios of
-// the compressed file's to zlib's, and the sizes. Then writes a database
-// four times as large into a compressed file in a child process that does
-// only that, and prints the child's peak resident memory against its aim.
+// First, reading: the bytes of a plain database file of finite-element node
+// results, written as a compressed rfm_File and read back in calls of 64 KiB,
+// against zlib's own uncompress of the same bytes cut into 64 KiB segments
+// (and libdeflate's, when the library is built with it), in interleaved
+// passes; prints per side the min and median speed and the median processor
+// time (user + system, all threads), and the ratios of the medians.
+//
+// Then writes a table of node results (id, coordinates on a grid, a smooth
+// displacement field) into a compressed database file and reads it back,
+// checking every value; writes the same rows into a plain database file,
+// and compresses and uncompresses that file's bytes in 64 KiB blocks with
+// zlib at level 6, timing only the zlib calls; moves the same bytes through
+// a compressed rfm_File alone. Prints the throughputs in logical MiB (row
+// bytes for the tables, file bytes for the others), the ratios of the
+// compressed file's to zlib's, and the sizes. Then writes a database four
+// times as large into a compressed file in a child process that does only
+// that, and prints the child's peak resident memory against its aim.
 //
 //   rfm_CompressedCompare [MiB] [only]   default 256; the memory pass writes 4 x MiB
 //
-// With "only" given as compressed, plain, container or memory, runs that
-// pass alone (for a profiler) and prints its times. TMPDIR picks the folder.
+// With "only" given as read, compressed, plain, container or memory, runs
+// that pass alone (for a profiler) and prints its times. TMPDIR picks the
+// folder.
 
 #include "zqa_Bench.h"
 #include "rfm_Database.h"
 #include "rfm_Table.h"
 
 #include <zlib.h>
+#ifdef ZQA_WITH_LIBDEFLATE
+#include <libdeflate.h>
+#endif
 
 #include <cmath>
 #include <cstdio>
@@ -30,6 +41,7 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -41,6 +53,8 @@ constexpr int kRepeats = 3;
 constexpr int kMemoryScale = 4;  // the memory pass writes this many times the throughput pass
 constexpr long kMemoryAimKiB = 64 * 1024;
 constexpr double kRatioAim = 0.8;
+constexpr int kReadPasses = 7;
+constexpr double kReadCpuAim = 1.1;  // the compressed file's processor time over zlib's
 constexpr int kSpotCheckStride = 4099;  // rows apart in the memory pass's check
 constexpr long long kLargestMiB = 8192;  // keeps the memory pass's row count in an int
 char const kMagic[] = "BNCH";
@@ -277,6 +291,157 @@ zqa_PassTimes ContainerPass(std::string const& path, std::vector<unsigned char> 
   return times;
 }
 
+char const* Verdict(bool met) { return met ? "met" : "NOT met"; }
+
+char const* LibraryDecoder() {
+#ifdef ZQA_WITH_LIBDEFLATE
+  return "libdeflate";
+#else
+  return "zlib";
+#endif
+}
+
+// The plain bytes cut into segments and compressed by zlib, each segment
+// in a block of the bound's size.
+struct ZlibSegments {
+  explicit ZlibSegments(std::vector<unsigned char> const& plain)
+      : count((plain.size() + kBlockBytes - 1) / kBlockBytes), bound(compressBound(kBlockBytes)),
+        packed(count * bound), packedSizes(count) {
+    for (std::size_t block = 0; block < count; ++block) {
+      packedSizes[block] = bound;
+      zqa_Check(compress2(packed.data() + block * bound, &packedSizes[block], plain.data() + block * kBlockBytes,
+                          PlainSize(plain, block), kZlibLevel) == Z_OK,
+                "zlib compress2");
+    }
+  }
+
+  static uLong PlainSize(std::vector<unsigned char> const& plain, std::size_t block) {
+    return static_cast<uLong>(std::min<std::size_t>(kBlockBytes, plain.size() - block * kBlockBytes));
+  }
+
+  std::size_t count;
+  uLong bound;
+  std::vector<unsigned char> packed;
+  std::vector<uLongf> packedSizes;
+};
+
+// Wall-clock and processor seconds of one pass.
+struct Sample {
+  double wall;
+  double cpu;
+};
+
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  std::size_t const middle = values.size() / 2;
+  return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+// One way of reading the bytes, and its passes.
+struct ReadSide {
+  char const* name;
+  std::function<void()> pass;
+  std::vector<Sample> samples;
+
+  void Run() {
+    double const wall = zqa_Seconds(pass);
+    samples.push_back({wall, zqa_LastCpuSplit().user + zqa_LastCpuSplit().system});
+  }
+  double MinWall() const {
+    double best = 1e30;
+    for (Sample const& sample : samples) best = std::min(best, sample.wall);
+    return best;
+  }
+  double MedianWall() const {
+    std::vector<double> walls;
+    for (Sample const& sample : samples) walls.push_back(sample.wall);
+    return Median(walls);
+  }
+  double MedianCpu() const {
+    std::vector<double> cpus;
+    for (Sample const& sample : samples) cpus.push_back(sample.cpu);
+    return Median(cpus);
+  }
+};
+
+// The plain bytes as a compressed rfm_File read in calls of one segment,
+// against zlib's (and libdeflate's) uncompress of the same segments, the
+// sides alternating in order from pass to pass. Every side's output is
+// checked once, outside the timing.
+void ReadComparison(std::string const& path, std::vector<unsigned char> const& plain) {
+  {
+    rfm_File file = rfm_File::CreateCompressed(path.c_str());
+    for (std::size_t done = 0; done < plain.size(); done += kBlockBytes) {
+      int count = static_cast<int>(std::min<std::size_t>(kBlockBytes, plain.size() - done));
+      zqa_Check(file.Write(reinterpret_cast<char const*>(plain.data() + done), count) == count, "container write");
+    }
+  }
+  ZlibSegments const segments(plain);
+  std::vector<unsigned char> out(plain.size());
+  bool fine = true;
+  std::vector<ReadSide> sides;
+  sides.push_back({"compressed rfm_File, 64 KiB calls", [&] {
+                     rfm_File file = rfm_File::Open(path.c_str(), utl_FileAccessRead, false);
+                     for (std::size_t done = 0; done < plain.size(); done += kBlockBytes) {
+                       int count = static_cast<int>(std::min<std::size_t>(kBlockBytes, plain.size() - done));
+                       fine &= file.Read(reinterpret_cast<char*>(out.data() + done), count) == count;
+                     }
+                   }, {}});
+  sides.push_back({"zlib uncompress, 64 KiB segments", [&] {
+                     for (std::size_t block = 0; block < segments.count; ++block) {
+                       uLongf size = ZlibSegments::PlainSize(plain, block);
+                       fine &= uncompress(out.data() + block * kBlockBytes, &size,
+                                          segments.packed.data() + block * segments.bound,
+                                          segments.packedSizes[block]) == Z_OK;
+                     }
+                   }, {}});
+#ifdef ZQA_WITH_LIBDEFLATE
+  libdeflate_decompressor* decompressor = libdeflate_alloc_decompressor();
+  zqa_Check(decompressor != nullptr, "libdeflate decompressor");
+  sides.push_back({"libdeflate zlib decompress, 64 KiB segments", [&] {
+                     for (std::size_t block = 0; block < segments.count; ++block) {
+                       fine &= libdeflate_zlib_decompress(decompressor, segments.packed.data() + block * segments.bound,
+                                                          segments.packedSizes[block], out.data() + block * kBlockBytes,
+                                                          ZlibSegments::PlainSize(plain, block),
+                                                          nullptr) == LIBDEFLATE_SUCCESS;
+                     }
+                   }, {}});
+#endif
+  for (ReadSide& side : sides) {
+    std::fill(out.begin(), out.end(), 0);
+    side.pass();
+    zqa_Check(fine && out == plain, side.name);
+  }
+  for (int pass = 0; pass < kReadPasses; ++pass) {
+    for (std::size_t i = 0; i < sides.size(); ++i) sides[pass % 2 ? sides.size() - 1 - i : i].Run();
+  }
+  zqa_Check(fine, "read passes");
+#ifdef ZQA_WITH_LIBDEFLATE
+  libdeflate_free_decompressor(decompressor);
+#endif
+  ::unlink(path.c_str());
+
+  double const mib = static_cast<double>(plain.size()) / kMiB;
+  std::printf("reading %.1f MiB of a plain database file's bytes, %d interleaved passes, segments decoded by %s\n", mib,
+              kReadPasses, LibraryDecoder());
+  std::printf("%-46s %12s %12s %14s\n", "", "min MiB/s", "median MiB/s", "median cpu s");
+  for (ReadSide const& side : sides) {
+    std::printf("%-46s %12.1f %12.1f %14.3f\n", side.name, mib / side.MinWall(), mib / side.MedianWall(),
+                side.MedianCpu());
+  }
+  ReadSide const& ours = sides[0];
+  for (std::size_t i = 1; i < sides.size(); ++i) {
+    double const speed = sides[i].MedianWall() / ours.MedianWall();
+    double const cpu = ours.MedianCpu() / sides[i].MedianCpu();
+    std::printf("compressed rfm_File / %s: speed %.2f, processor time %.2f", sides[i].name, speed, cpu);
+    if (i == 1) {
+      std::printf(" (aim speed >= %.1f: %s, processor time <= %.1f: %s)", kRatioAim, Verdict(speed >= kRatioAim),
+                  kReadCpuAim, Verdict(cpu <= kReadCpuAim));
+    }
+    std::printf("\n");
+  }
+}
+
 long ResidentKiB(char const* key) {
   FILE* status = std::fopen("/proc/self/status", "r");
   if (status == nullptr) return -1;
@@ -348,8 +513,6 @@ struct Throughput {
   double read;
 };
 
-char const* Verdict(bool met) { return met ? "met" : "NOT met"; }
-
 int RunAlone(std::string const& only, std::string const& base, long long bytes, DisplacementField const& field) {
   if (only == "memory") {
     MemoryPass memory = CompressedWriteMemory(base + ".memory.zdb", bytes * kMemoryScale, field);
@@ -358,9 +521,16 @@ int RunAlone(std::string const& only, std::string const& base, long long bytes, 
     std::printf("memory: write %.3f s, peak resident %ld KiB\n", memory.report.writeSeconds, memory.peakKiB);
     return 0;
   }
-  zqa_Check(only == "compressed" || only == "plain" || only == "container",
-            "only: compressed, plain, container or memory");
+  zqa_Check(only == "read" || only == "compressed" || only == "plain" || only == "container",
+            "only: read, compressed, plain, container or memory");
   zqa_PassTimes times;
+  if (only == "read") {
+    DatabaseFilePass(base + ".plain.zdb", bytes, false, true, field);
+    std::vector<unsigned char> const plainBytes = ReadWholeFile(base + ".plain.zdb");
+    ::unlink((base + ".plain.zdb").c_str());
+    ReadComparison(base + ".read.zdb", plainBytes);
+    return 0;
+  }
   if (only == "container") {
     DatabaseFilePass(base + ".plain.zdb", bytes, false, true, field);
     std::vector<unsigned char> const plainBytes = ReadWholeFile(base + ".plain.zdb");
@@ -396,6 +566,7 @@ int Run(int argc, char** argv) {
   DatabasePass plain = BestDatabasePass(plainPath, bytes, false, true, field);
   std::vector<unsigned char> const plainBytes = ReadWholeFile(plainPath);
   ::unlink(plainPath.c_str());
+  ReadComparison(base + ".read.zdb", plainBytes);
   ZlibPass zlib;
   zlib.times = zqa_Best(kRepeats, [&] {
     zlib = ZlibBlocks(plainBytes);

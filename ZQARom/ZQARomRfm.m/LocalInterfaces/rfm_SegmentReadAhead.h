@@ -3,7 +3,6 @@
 
 #include "rfm_SegmentBuffer.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -17,45 +16,60 @@ class rfm_Codec;
 // encoded bytes and takes the decoded ones. Only for files that do not
 // change while open, since the stream is read ahead of its use.
 //
-// Invariant: the worker touches only the job's own buffers and the codec's
-// Decode, which keeps no state between calls.
+// Both threads sleep while they wait; nothing polls. The worker starts
+// with the first job and lives until the object ends, except across a
+// fork: every worker of the process finishes its job and ends before the
+// fork, and starts again with the next job, in the parent and in the
+// child alike, so no process ever holds a thread object, mutex or
+// condition that a thread missing from it could own.
+//
+// Invariant: while a job is decoding, the worker alone touches the job's
+// buffers; the codec's Decode keeps no state between calls.
 class rfm_SegmentReadAhead {
 public:
-  explicit rfm_SegmentReadAhead(rfm_Codec& codec) : m_Codec(codec) {}
+  explicit rfm_SegmentReadAhead(rfm_Codec& codec);
   ~rfm_SegmentReadAhead();
   rfm_SegmentReadAhead(rfm_SegmentReadAhead const&) = delete;
   rfm_SegmentReadAhead& operator=(rfm_SegmentReadAhead const&) = delete;
 
-  // Whether a job is still to be taken, and for which index.
-  bool IsBusy() const;
+  // Whether the job is for index.
   bool Has(int index) const;
-  // Waits for the job and forgets it: the reader went elsewhere.
+  // Forgets the job, after waiting for it if it is decoding: the reader
+  // went elsewhere.
   void Drop();
-  // Starts decoding encoded into a buffer of decodedSize bytes for index.
+  // Starts decoding encoded into a buffer of decodedSize bytes for index;
+  // nothing when a job is still to be taken.
   void Start(int index, rfm_SegmentBuffer& encoded, int decodedSize);
   // When the job is for index, waits for it and swaps the decoded bytes
-  // into *out; false when there is no such job or it failed, and the
+  // into *out, or decodes into *out here when the worker has not started
+  // on it yet; false when there is no such job or it failed, and the
   // caller decodes by itself (and reports any damage).
   bool Take(int index, rfm_SegmentBuffer* out);
 
 private:
+  enum class Job { kNone, kPending, kDecoding, kDone, kFailed };
+
   void Work();
+  // Both run with the process's list of read-aheads locked.
+  void StartWorker();
+  void StopWorker();
+
+  friend class rfm_SegmentReadAheadList;
 
   rfm_Codec& m_Codec;
   mutable std::mutex m_Mutex;
-  std::condition_variable m_Changed;
-  std::thread m_Worker;
+  std::condition_variable m_Posted;    // a job to decode, or a stop
+  std::condition_variable m_Finished;  // the job decoded or failed
   bool m_Stopping = false;
-  // The job: -1 for none. It is pending until the worker sets m_Done.
+  Job m_Job = Job::kNone;
   int m_Index = -1;
-  // Also read without the mutex by a reader or worker that spins briefly
-  // before sleeping: a segment decodes in well under a millisecond, and a
-  // sleep and wake-up on each side would cost a good part of that.
-  std::atomic<bool> m_Done{false};
-  std::atomic<bool> m_Pending{false};
-  bool m_Failed = false;
   rfm_SegmentBuffer m_Encoded;
   rfm_SegmentBuffer m_Decoded;
+  // Joined or started only with the list locked.
+  std::thread m_Worker;
+  // The list of the process's read-aheads, for the fork handlers.
+  rfm_SegmentReadAhead* m_Previous = nullptr;
+  rfm_SegmentReadAhead* m_Next = nullptr;
 };
 
 #endif

@@ -4,6 +4,7 @@
 #include "rfm_Codec.h"
 #include "rfm_IO.h"
 #include "rfm_IntConverter.h"
+#include "rfm_ReadAhead.h"
 
 #include <algorithm>
 #include <exception>
@@ -32,7 +33,7 @@ rfm_EncodedSegmentTable::rfm_EncodedSegmentTable(cow_String const& name, rfm_Cod
 rfm_EncodedSegmentTable::rfm_EncodedSegmentTable(cow_String const& name, rfm_Codec* codec, utl_FileAccess access)
     : m_Codec(codec), m_Sectors(name, access), m_SegmentSize(0), m_LastSegmentSize(0) {
   ReadHeader();
-  if (access == utl_FileAccessRead) m_ReadAhead.reset(new rfm_SegmentReadAhead(*m_Codec));
+  if (access == utl_FileAccessRead && rfm_ReadAhead::IsEnabled()) m_ReadAhead.reset(new rfm_SegmentReadAhead(*m_Codec));
 }
 
 rfm_EncodedSegmentTable::~rfm_EncodedSegmentTable() = default;
