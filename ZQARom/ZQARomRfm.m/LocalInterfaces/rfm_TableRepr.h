@@ -110,7 +110,9 @@ public:
 
 private:
   static constexpr int kDefaultCacheRows = 32;
-  // The most rows one load reads ahead of a reader going in order.
+  // The rows a load reads at a row away from the last load, and the most
+  // it reads ahead of a reader going in order.
+  static constexpr int kFirstReadAhead = 4;
   static constexpr int kLongestReadAhead = 512;
   static constexpr int kFlushCountOffset = 4;
   static constexpr int kFirstRowOffset = kRfmTableHeaderSize;

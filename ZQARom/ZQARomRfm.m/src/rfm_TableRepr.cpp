@@ -225,8 +225,10 @@ void rfm_TableRepr::LoadCache(int row) {
   if (m_CacheRows <= 0 || row < 0 || row >= m_RowCount) return;
   // Rows read in order are read ahead in growing runs, so that the cull and
   // the load before them are paid once for many rows; a row elsewhere
-  // starts again at the cache's size.
-  m_ReadAhead = row == m_ReadAheadEnd ? std::min(2 * m_ReadAhead, std::max(kLongestReadAhead, m_CacheRows)) : m_CacheRows;
+  // starts again with a few, since a row picked at random rarely has its
+  // neighbours read next.
+  m_ReadAhead = row == m_ReadAheadEnd ? std::min(2 * m_ReadAhead, std::max(kLongestReadAhead, m_CacheRows))
+                                      : std::min(kFirstReadAhead, m_CacheRows);
   int budget = m_ReadAhead;
   auto slot = CacheSlot(row);
   // Rows already cached count against the read-ahead.
