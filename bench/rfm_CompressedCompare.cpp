@@ -331,12 +331,6 @@ struct Sample {
   double cpu;
 };
 
-double Median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  std::size_t const middle = values.size() / 2;
-  return values.size() % 2 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
-}
-
 // One way of reading the bytes, and its passes.
 struct ReadSide {
   char const* name;
@@ -355,12 +349,12 @@ struct ReadSide {
   double MedianWall() const {
     std::vector<double> walls;
     for (Sample const& sample : samples) walls.push_back(sample.wall);
-    return Median(walls);
+    return zqa_Median(walls);
   }
   double MedianCpu() const {
     std::vector<double> cpus;
     for (Sample const& sample : samples) cpus.push_back(sample.cpu);
-    return Median(cpus);
+    return zqa_Median(cpus);
   }
 };
 

@@ -133,12 +133,8 @@ struct Spread {
   double median;
 };
 
-Spread SpreadOf(std::vector<double> seconds) {
-  std::sort(seconds.begin(), seconds.end());
-  std::size_t const middle = seconds.size() / 2;
-  double const median =
-      seconds.size() % 2 == 1 ? seconds[middle] : (seconds[middle - 1] + seconds[middle]) / 2;
-  return {seconds.front(), median};
+Spread SpreadOf(std::vector<double> const& seconds) {
+  return {*std::min_element(seconds.begin(), seconds.end()), zqa_Median(seconds)};
 }
 
 struct Workload {

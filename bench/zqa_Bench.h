@@ -74,6 +74,13 @@ inline zqa_PassTimes zqa_Best(int repeats, std::function<zqa_PassTimes()> const&
   return best;
 }
 
+// The middle value, or the mean of the two middle ones.
+inline double zqa_Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  std::size_t const half = values.size() / 2;
+  return values.size() % 2 ? values[half] : (values[half - 1] + values[half]) / 2;
+}
+
 // Seconds a pass measured, by measure ("write", "read", ...).
 using zqa_Measures = std::map<std::string, double>;
 
@@ -83,13 +90,7 @@ public:
   void Add(double seconds) { m_Seconds.push_back(seconds); }
   bool Empty() const { return m_Seconds.empty(); }
   double Min() const { return *std::min_element(m_Seconds.begin(), m_Seconds.end()); }
-  // The middle sample, or the mean of the two middle ones.
-  double Median() const {
-    std::vector<double> sorted = m_Seconds;
-    std::sort(sorted.begin(), sorted.end());
-    std::size_t const half = sorted.size() / 2;
-    return sorted.size() % 2 ? sorted[half] : (sorted[half - 1] + sorted[half]) / 2;
-  }
+  double Median() const { return zqa_Median(m_Seconds); }
 
 private:
   std::vector<double> m_Seconds;
