@@ -52,7 +52,8 @@ public:
   // Bulk access beside the row interface, over the same rows, cache and
   // file format (see rfm_Column): a reader beside a writer sees the same
   // rows either way. Reads rows first to first + count - 1, clipped to
-  // Length(), into each column and returns how many it read.
+  // Length(), into each column and returns how many it read; Location()
+  // is then the row after the last one read.
   int ReadColumns(int first, int count, rfm_Column const* columns, int columnCount) const;
   int ReadColumn(int first, int count, rfm_Column const& column) const { return ReadColumns(first, count, &column, 1); }
   // Appends count rows made of the columns' values, after every row made
