@@ -34,7 +34,8 @@ int rfm_TableRepr::ReadColumns(int first, int count, rfm_Column const* columns, 
   }
   int const end = first + std::max(0, std::min(count, m_RowCount - first));
   rfm_ColumnCodec codec(*this, columns, columnCount, rfm_ColumnCodec::kReading, end - first);
-  if (end == first || m_RowSize == 0) return 0;
+  // A table of rows without bytes holds no rows, so end == first there too.
+  if (end == first) return 0;
   int const storedEnd = std::min(end, m_RowsOnDisk);
   int const blockRows = BulkRows();
   for (int row = first; row < end;) {
