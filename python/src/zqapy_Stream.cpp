@@ -1,0 +1,124 @@
+#include "zqapy_Stream.h"
+
+#include "zqapy_Strings.h"
+#include "zqapy_Types.h"
+
+#include <limits>
+
+namespace py = pybind11;
+
+namespace {
+using Lock = std::lock_guard<std::recursive_mutex>;
+}
+
+zqapy_Stream::zqapy_Stream(std::shared_ptr<zqapy_Session> const& session, rfm_TaggedStream const& stream)
+    : m_Session(session), m_Stream(stream) {}
+
+zqapy_Stream::~zqapy_Stream() {
+  Lock lock(zqapy_LibraryLock());
+  m_Stream = rfm_TaggedStream();
+}
+
+std::shared_ptr<zqapy_Stream> zqapy_Stream::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
+  Lock lock(zqapy_LibraryLock());
+  return session->Guard([&] {
+    rfm_Database const& database = session->Database();
+    if (database.HandleType(rfm_Handle(handle)) != rfm_TypeStream)
+      throw zqapy_Error(session->Name(), "handle " + std::to_string(handle) + " names no tagged stream");
+    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, database.TaggedStream(rfm_Handle(handle), 0)));
+    session->Track(stream);
+    return stream;
+  });
+}
+
+std::shared_ptr<zqapy_Stream> zqapy_Stream::Create(std::shared_ptr<zqapy_Session> const& session) {
+  Lock lock(zqapy_LibraryLock());
+  return session->Guard([&] {
+    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, session->Database().TaggedStream(0)));
+    session->Track(stream);
+    return stream;
+  });
+}
+
+rfm_TaggedStream const& zqapy_Stream::Stream() const {
+  if (m_Stream.IsNull()) throw zqapy_Error(m_Session->Name(), "the tagged stream's file is closed");
+  return m_Stream;
+}
+
+int zqapy_Stream::Handle() const {
+  Lock lock(zqapy_LibraryLock());
+  return Stream().Handle().Value();
+}
+
+py::list zqapy_Stream::Items() {
+  Lock lock(zqapy_LibraryLock());
+  py::list items;
+  m_Session->Guard([&] {
+    rfm_TaggedStream const& stream = Stream();
+    stream.Rewind();
+    while (stream.Next()) {
+      int const type = stream.GetType();
+      py::object value;
+      switch (type) {
+        case rfm_TypeInt:
+          value = py::int_(stream.GetInt());
+          break;
+        case rfm_TypeFloat:
+          value = py::float_(stream.GetFloat());
+          break;
+        case rfm_TypeDouble:
+          value = py::float_(stream.GetDouble());
+          break;
+        case rfm_TypeHandle:
+          value = py::int_(stream.GetHandle().Value());
+          break;
+        default:
+          value = zqapy_ToPython(stream.GetString());
+          break;
+      }
+      char const* name = type == rfm_TaggedStream::kFixedStringType ? "string" : zqapy_TypeName(static_cast<rfm_Type>(type));
+      items.append(py::make_tuple(stream.GetID(), name, value));
+    }
+  });
+  return items;
+}
+
+void zqapy_Stream::Append(py::list const& items) {
+  Lock lock(zqapy_LibraryLock());
+  m_Session->Guard([&] {
+    rfm_TaggedStream const& stream = Stream();
+    // Items go where the stream stands: after the last one read.
+    stream.Rewind();
+    while (stream.Next()) {
+    }
+    for (py::handle item : items) {
+      auto const triple = py::cast<py::tuple>(item);
+      int const tag = py::cast<int>(triple[0]);
+      rfm_Type const type = zqapy_TypeOf(py::cast<std::string>(triple[1]));
+      py::handle const value = triple[2];
+      switch (type) {
+        case rfm_TypeInt:
+          stream.WriteInt(tag, py::cast<int>(value));
+          break;
+        case rfm_TypeFloat:
+          stream.WriteFloat(tag, py::cast<float>(value));
+          break;
+        case rfm_TypeDouble:
+          stream.WriteDouble(tag, py::cast<double>(value));
+          break;
+        case rfm_TypeHandle:
+          stream.WriteHandle(tag, rfm_Handle(py::cast<int>(value)));
+          break;
+        default:
+          stream.WriteString(tag, zqapy_FromPython(value));
+          break;
+      }
+    }
+  });
+}
+
+void zqapy_Stream::Snap() { Stream().Snap(); }
+
+void zqapy_Stream::Flush() { Stream().Flush(); }
+
+void zqapy_Stream::Close() { m_Stream = rfm_TaggedStream(); }

@@ -1,0 +1,26 @@
+#ifndef zqapy_Strings_h
+#define zqapy_Strings_h
+
+#include "cow_String.h"
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <vector>
+
+// Strings between the library (bytes, UTF-8 by convention) and Python.
+// Bytes that are not UTF-8 read as lone surrogates ("surrogateescape") and
+// write back as the same bytes, so that no stored string is lost or
+// refused either way.
+pybind11::str zqapy_ToPython(cow_String const& text);
+cow_String zqapy_FromPython(pybind11::handle text);
+
+// Stores texts[0..count) as str objects at elements first.. of values, a
+// one-dimensional array of objects.
+void zqapy_StoreStrings(pybind11::array& values, pybind11::ssize_t first, cow_String const* texts,
+                        pybind11::ssize_t count);
+// The str elements of a sequence as library strings; None, when allowed,
+// reads as the empty string.
+std::vector<cow_String> zqapy_TakeStrings(pybind11::sequence const& texts);
+
+#endif
