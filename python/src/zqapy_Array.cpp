@@ -13,7 +13,6 @@ namespace py = pybind11;
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
 
 // The element type of an array handle. The library's int is NumPy's int32.
 template <class Array>
@@ -30,7 +29,7 @@ zqapy_Array::zqapy_Array(std::shared_ptr<zqapy_Session> const& session, Any cons
     : m_Session(session), m_Array(array) {}
 
 zqapy_Array::~zqapy_Array() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Array.reset();
 }
 
@@ -50,7 +49,7 @@ auto zqapy_Array::Visit(Action&& action) const {
 }
 
 std::shared_ptr<zqapy_Array> zqapy_Array::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return session->Guard([&] {
     rfm_Database const& database = session->Database();
     rfm_Handle const at(handle);
@@ -79,7 +78,7 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Create(std::shared_ptr<zqapy_Session> 
                                                  std::string const& type, int fields) {
   if (fields < 1) throw py::value_error("an array needs at least one element per row, not " + std::to_string(fields));
   rfm_Type const elements = zqapy_TypeOf(type);
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return session->Guard([&] {
     rfm_Database const& database = session->Database();
     std::optional<Any> array;
@@ -104,32 +103,31 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Create(std::shared_ptr<zqapy_Session> 
 }
 
 int zqapy_Array::Handle() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Visit([](auto const& array) { return array.Handle().Value(); });
 }
 
 std::string zqapy_Array::Type() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Visit([](auto const& array) { return std::string(zqapy_TypeName(array.Type())); });
 }
 
 int zqapy_Array::Fields() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Visit([](auto const& array) { return array.FieldCount(); });
 }
 
 int zqapy_Array::Length() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Guard([&] { return Visit([](auto const& array) { return array.Length(); }); });
 }
 
 py::array zqapy_Array::Read(long start, long stop) {
+  zqapy_Locked lock;
   std::optional<Any> array;
-  zqapy_Finally release([&] { array.reset(); });
   long rows = 0;
   long fields = 0;
   {
-    Lock lock(zqapy_LibraryLock());
     array = Current();
     m_Session->Guard([&] {
       Visit([&](auto const& open) {
@@ -153,8 +151,7 @@ py::array zqapy_Array::Read(long start, long stop) {
             });
           };
           if constexpr (std::is_same_v<T, cow_String>) {
-            py::array texts(py::dtype("O"), {rows, fields});
-            Lock lock(zqapy_LibraryLock());
+            py::array texts = zqapy_ObjectArray({rows, fields});
             std::vector<cow_String> buffer(static_cast<std::size_t>(rows * fields));
             readRows(buffer.data());
             zqapy_StoreStrings(texts, 0, buffer.data(), read);
@@ -175,12 +172,8 @@ py::array zqapy_Array::Read(long start, long stop) {
 }
 
 void zqapy_Array::Append(py::object const& values) {
-  std::optional<Any> array;
-  zqapy_Finally release([&] { array.reset(); });
-  {
-    Lock lock(zqapy_LibraryLock());
-    array = Current();
-  }
+  zqapy_Locked lock;
+  std::optional<Any> array = Current();
   std::visit(
       [&](auto const& open) {
         using Array = std::decay_t<decltype(open)>;
@@ -194,7 +187,6 @@ void zqapy_Array::Append(py::object const& values) {
             });
           };
           if constexpr (std::is_same_v<T, cow_String>) {
-            Lock lock(zqapy_LibraryLock());
             std::vector<cow_String> texts = zqapy_TakeStrings(py::cast<py::sequence>(values));
             if (texts.size() % static_cast<std::size_t>(fields) != 0)
               throw py::value_error(std::to_string(texts.size()) + " strings do not make rows of " +

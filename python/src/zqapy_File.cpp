@@ -13,7 +13,6 @@ namespace py = pybind11;
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
 
 char const kUrlScheme[] = "zbxrdb://";
 
@@ -65,9 +64,8 @@ Opened OpenDatabase(std::string const& name, std::string const& mode, bool compr
 
 zqapy_File::zqapy_File(std::string const& name, std::string const& mode, bool compressed, std::string const& magic,
                        std::string const& description) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   Opened opened;
-  zqapy_Finally release([&] { opened = Opened(); });
   try {
     opened = OpenDatabase(name, mode, compressed, magic, description);
   } catch (zqapy_Error const&) {
@@ -82,27 +80,27 @@ zqapy_File::zqapy_File(std::string const& name, std::string const& mode, bool co
 }
 
 std::string zqapy_File::Description() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Guard([&] { return std::string(m_Session->Database().Description().CStr()); });
 }
 
 bool zqapy_File::ReadOnly() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Guard([&] { return m_Session->Database().ReadOnly(); });
 }
 
 int zqapy_File::FlushCount() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Guard([&] { return m_Session->Database().GetFlushCount(); });
 }
 
 bool zqapy_File::IsOpen() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->IsOpen();
 }
 
 py::list zqapy_File::Objects() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   py::list objects;
   m_Session->Guard([&] {
     rfm_Database const& database = m_Session->Database();
@@ -131,7 +129,7 @@ py::list zqapy_File::Tables() const {
 }
 
 py::list zqapy_File::Classes() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   py::list classes;
   m_Session->Guard([&] {
     rom_ClassCatalogue const catalogue(m_Session->Database());
@@ -144,7 +142,7 @@ py::list zqapy_File::Classes() const {
 }
 
 py::list zqapy_File::References(int handle) const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   py::list references;
   m_Session->Guard([&] {
     rfm_Table const table = m_Session->Database().Table(rfm_Handle(handle), -1, -1);
@@ -157,16 +155,16 @@ py::list zqapy_File::References(int handle) const {
 }
 
 bool zqapy_File::Snap() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Snap();
 }
 
 void zqapy_File::Flush() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Session->Flush();
 }
 
 void zqapy_File::Close() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Session->Close();
 }

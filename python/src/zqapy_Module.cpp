@@ -23,7 +23,7 @@ void EndLibrary() {
   // Files still open close (a writer's changes reach its file) before the
   // library ends; objects Python keeps after this raise when used.
   zqapy_Session::CloseAll();
-  std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   ZQARomCore_finalize(g_Modules);
 }
 
@@ -32,7 +32,7 @@ void EndLibrary() {
 PYBIND11_MODULE(_zqaromcore, module) {
   module.doc() = "The compiled core of zqaromcore; use the package, not this module.";
   {
-    std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
+    zqapy_Locked lock;
     ZQARomCore_initialize(g_Modules);
   }
   py::module_::import("atexit").attr("register")(py::cpp_function(&EndLibrary));

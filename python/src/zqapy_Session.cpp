@@ -26,14 +26,27 @@ std::recursive_mutex& zqapy_LibraryLock() {
   return lock;
 }
 
+zqapy_Locked::zqapy_Locked() {
+  std::recursive_mutex& lock = zqapy_LibraryLock();
+  if (lock.try_lock()) return;
+  if (PyGILState_Check()) {
+    pybind11::gil_scoped_release release;
+    lock.lock();
+  } else {
+    lock.lock();
+  }
+}
+
+zqapy_Locked::~zqapy_Locked() { zqapy_LibraryLock().unlock(); }
+
 zqapy_Session::zqapy_Session(rfm_Database const& database, std::string const& name)
     : m_Database(database), m_Name(name) {
-  std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   Sessions().push_back(this);
 }
 
 zqapy_Session::~zqapy_Session() {
-  std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   std::vector<zqapy_Session*>& sessions = Sessions();
   sessions.erase(std::remove(sessions.begin(), sessions.end(), this), sessions.end());
   // The database goes here, under the lock, rather than after it.
@@ -96,7 +109,7 @@ void zqapy_Session::Close() {
 }
 
 void zqapy_Session::CloseAll() {
-  std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   // A copy: closing does not destroy sessions, but stays clear of the list.
   std::vector<zqapy_Session*> const sessions = Sessions();
   for (zqapy_Session* session : sessions) {

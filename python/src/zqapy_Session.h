@@ -25,35 +25,32 @@ private:
 
 // The one lock around every call into the library: its objects (and the
 // strings they share, whose counts are not atomic) are used by one thread
-// at a time. Python's lock is released only around transfers of numbers,
-// which hold this one; a thread holding it never waits for Python's. It is
-// recursive because closing a file ends objects that take it again.
+// at a time. It is recursive because closing a file ends objects that take
+// it again.
 std::recursive_mutex& zqapy_LibraryLock();
 
-// Runs work with Python's lock released and the library's held, in that
-// order, so that the library's lock is let go before Python's is taken
-// back: no thread ever holds the library's lock while it waits for
-// Python's. work must touch no Python object.
-template <class Work>
-void zqapy_WithoutPython(Work&& work);
-
-// Runs an action when its scope ends, however it ends: the values of the
-// library's types that a call made are let go under the library's lock
-// (their counts are not atomic), also when the call raises.
-template <class Action>
-class zqapy_Finally {
+// Holds the library's lock for a scope. Taken by a thread that holds
+// Python's lock, it lets Python's go while it waits, so that the two are
+// always taken in one order, the library's first: a thread holding the
+// library's lock may wait for Python's (NumPy and pybind11 let Python's go
+// and take it back inside many calls), but no thread ever waits for the
+// library's while holding Python's.
+class zqapy_Locked {
 public:
-  explicit zqapy_Finally(Action action) : m_Action(std::move(action)) {}
-  zqapy_Finally(zqapy_Finally const&) = delete;
-  zqapy_Finally& operator=(zqapy_Finally const&) = delete;
-  ~zqapy_Finally() {
-    std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
-    m_Action();
-  }
-
-private:
-  Action m_Action;
+  zqapy_Locked();
+  ~zqapy_Locked();
+  zqapy_Locked(zqapy_Locked const&) = delete;
+  zqapy_Locked& operator=(zqapy_Locked const&) = delete;
 };
+
+// Runs work with Python's lock released, for transfers of numbers: other
+// Python threads run meanwhile. The caller holds the library's lock; work
+// must touch no Python object.
+template <class Work>
+void zqapy_WithoutPython(Work&& work) {
+  pybind11::gil_scoped_release release;
+  work();
+}
 
 // An object taken from an open file (table, array, tagged stream): the
 // file's snap, flush and close reach it through its session.
@@ -120,12 +117,5 @@ private:
   std::string m_Name;
   std::vector<std::weak_ptr<zqapy_Object>> m_Objects;
 };
-
-template <class Work>
-void zqapy_WithoutPython(Work&& work) {
-  pybind11::gil_scoped_release release;
-  std::lock_guard<std::recursive_mutex> lock(zqapy_LibraryLock());
-  work();
-}
 
 #endif

@@ -7,20 +7,16 @@
 
 namespace py = pybind11;
 
-namespace {
-using Lock = std::lock_guard<std::recursive_mutex>;
-}
-
 zqapy_Stream::zqapy_Stream(std::shared_ptr<zqapy_Session> const& session, rfm_TaggedStream const& stream)
     : m_Session(session), m_Stream(stream) {}
 
 zqapy_Stream::~zqapy_Stream() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Stream = rfm_TaggedStream();
 }
 
 std::shared_ptr<zqapy_Stream> zqapy_Stream::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return session->Guard([&] {
     rfm_Database const& database = session->Database();
     if (database.HandleType(rfm_Handle(handle)) != rfm_TypeStream)
@@ -32,7 +28,7 @@ std::shared_ptr<zqapy_Stream> zqapy_Stream::Open(std::shared_ptr<zqapy_Session> 
 }
 
 std::shared_ptr<zqapy_Stream> zqapy_Stream::Create(std::shared_ptr<zqapy_Session> const& session) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return session->Guard([&] {
     std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, session->Database().TaggedStream(0)));
     session->Track(stream);
@@ -46,12 +42,12 @@ rfm_TaggedStream const& zqapy_Stream::Stream() const {
 }
 
 int zqapy_Stream::Handle() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Stream().Handle().Value();
 }
 
 py::list zqapy_Stream::Items() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   py::list items;
   m_Session->Guard([&] {
     rfm_TaggedStream const& stream = Stream();
@@ -84,7 +80,7 @@ py::list zqapy_Stream::Items() {
 }
 
 void zqapy_Stream::Append(py::list const& items) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Session->Guard([&] {
     rfm_TaggedStream const& stream = Stream();
     // Items go where the stream stands: after the last one read.

@@ -27,6 +27,16 @@ cow_String zqapy_FromPython(py::handle text) {
   return cow_String(atr_StringBase(chars, static_cast<int>(length)));
 }
 
+py::array zqapy_ObjectArray(std::vector<py::ssize_t> const& shape) {
+  py::array values(py::dtype("O"), shape);
+  auto* slots = static_cast<PyObject**>(values.mutable_data());
+  for (py::ssize_t i = 0; i < values.size(); ++i) {
+    Py_XDECREF(slots[i]);
+    slots[i] = Py_NewRef(Py_None);
+  }
+  return values;
+}
+
 void zqapy_StoreStrings(py::array& values, py::ssize_t first, cow_String const* texts, py::ssize_t count) {
   // An object array holds a reference per element: each one stored
   // replaces (and releases) the None the array was made with.

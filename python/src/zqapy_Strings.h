@@ -15,6 +15,9 @@
 pybind11::str zqapy_ToPython(cow_String const& text);
 cow_String zqapy_FromPython(pybind11::handle text);
 
+// An array of objects of that shape, every element None (a new array's
+// elements are null pointers, which not every reader of it expects).
+pybind11::array zqapy_ObjectArray(std::vector<pybind11::ssize_t> const& shape);
 // Stores texts[0..count) as str objects at elements first.. of values, a
 // one-dimensional array of objects.
 void zqapy_StoreStrings(pybind11::array& values, pybind11::ssize_t first, cow_String const* texts,

@@ -14,7 +14,6 @@ namespace py = pybind11;
 
 namespace {
 
-using Lock = std::lock_guard<std::recursive_mutex>;
 
 // Rows per bulk call when strings or handles pass through buffers of the
 // library's own types; numbers go straight into their arrays in one call.
@@ -34,20 +33,26 @@ py::dtype DtypeOf(rfm_Type type) {
   }
 }
 
+py::array ColumnArray(rfm_Type type, long rows) {
+  return type == rfm_TypeString ? zqapy_ObjectArray({rows}) : py::array(DtypeOf(type), rows);
+}
+
 // One field of a read: its arrays, and the buffers of the library's types
 // that strings and handles pass through.
 struct ReadColumn {
   rfm_FieldHandle m_Field;
   rfm_Type m_Type;
   py::array m_Values;
-  py::array m_Mask;
+  // Empty when the read asks for no mask (an empty py::array is still an
+  // array, of no elements).
+  std::optional<py::array> m_Mask;
   std::vector<rfm_Handle> m_Handles;
   std::vector<cow_String> m_Strings;
 
   // The column for rows first.. of this call, count at most the buffers'.
   rfm_Column Column(long first, double fill) {
     rfm_Column column = Make(first, fill);
-    if (m_Mask) column.Presence(static_cast<unsigned char*>(m_Mask.mutable_data()) + first);
+    if (m_Mask) column.Presence(static_cast<unsigned char*>(m_Mask->mutable_data()) + first);
     return column;
   }
 
@@ -110,7 +115,7 @@ zqapy_Table::zqapy_Table(std::shared_ptr<zqapy_Session> const& session, rfm_Tabl
     : m_Session(session), m_Table(table) {}
 
 zqapy_Table::~zqapy_Table() {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   m_Table = rfm_Table();
 }
 
@@ -120,7 +125,7 @@ std::shared_ptr<zqapy_Table> zqapy_Table::Track(std::shared_ptr<zqapy_Table> con
 }
 
 std::shared_ptr<zqapy_Table> zqapy_Table::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return session->Guard([&] {
     rfm_Database const& database = session->Database();
     if (database.HandleType(rfm_Handle(handle)) != rfm_TypeTable)
@@ -133,7 +138,7 @@ std::shared_ptr<zqapy_Table> zqapy_Table::Create(std::shared_ptr<zqapy_Session> 
                                                  std::string const& name,
                                                  std::vector<std::pair<std::string, std::string>> const& fields,
                                                  int version) {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   rfm_TableMetadata layout(name.c_str(), version);
   for (auto const& field : fields) layout.InsertField(rfm_FieldMetadata(field.first.c_str(), zqapy_TypeOf(field.second),
                                                                         layout.FieldCount()));
@@ -156,17 +161,17 @@ rfm_FieldMetadata const& zqapy_Table::Field(std::string const& name) const {
 }
 
 std::string zqapy_Table::Name() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Table().TableMetadata().TableName().CStr();
 }
 
 int zqapy_Table::Handle() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return Table().Handle().Value();
 }
 
 std::vector<std::pair<std::string, std::string>> zqapy_Table::Fields() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   std::vector<std::pair<std::string, std::string>> fields;
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(Table().GetFieldMap()); !it.IsDone(); it.Next()) {
     rfm_FieldMetadata const& field = it.CurrentValue();
@@ -176,29 +181,27 @@ std::vector<std::pair<std::string, std::string>> zqapy_Table::Fields() const {
 }
 
 int zqapy_Table::Length() const {
-  Lock lock(zqapy_LibraryLock());
+  zqapy_Locked lock;
   return m_Session->Guard([&] { return Table().Length(); });
 }
 
 py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, long stop, bool masked, double fill) {
+  // First: the library's values made below go before it does.
+  zqapy_Locked lock;
+  long const length = m_Session->Guard([&] { return Table().Length(); });
+  start = std::clamp(start, 0L, length);
+  long const rows = std::clamp(stop, start, length) - start;
   std::vector<ReadColumn> columns;
-  zqapy_Finally release([&] { columns.clear(); });
-  long rows = 0;
   bool numbersOnly = true;
   bool buffered = false;
-  {
-    Lock lock(zqapy_LibraryLock());
-    long const length = m_Session->Guard([&] { return Table().Length(); });
-    start = std::clamp(start, 0L, length);
-    rows = std::clamp(stop, start, length) - start;
-    for (std::string const& name : names) {
-      rfm_FieldMetadata const& field = Field(name);
-      rfm_Type const type = field.Type();
-      columns.push_back({rfm_FieldHandle(field.Name(), field.Index()), type, py::array(DtypeOf(type), rows),
-                         masked ? py::array(py::dtype::of<bool>(), rows) : py::array(), {}, {}});
-      numbersOnly = numbersOnly && type != rfm_TypeString;
-      buffered = buffered || type == rfm_TypeString || type == rfm_TypeHandle;
-    }
+  for (std::string const& name : names) {
+    rfm_FieldMetadata const& field = Field(name);
+    rfm_Type const type = field.Type();
+    columns.push_back({rfm_FieldHandle(field.Name(), field.Index()), type, ColumnArray(type, rows),
+                       masked ? std::optional<py::array>(py::array(py::dtype::of<bool>(), rows)) : std::nullopt, {},
+                       {}});
+    numbersOnly = numbersOnly && type != rfm_TypeString;
+    buffered = buffered || type == rfm_TypeString || type == rfm_TypeHandle;
   }
   long const step = buffered ? std::min(rows, kBufferedRows) : rows;
   for (ReadColumn& column : columns) {
@@ -225,7 +228,6 @@ py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, l
   if (numbersOnly) {
     zqapy_WithoutPython(transfer);
   } else {
-    Lock lock(zqapy_LibraryLock());
     transfer();
   }
   py::dict values;
@@ -234,24 +236,21 @@ py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, l
     py::str const name(column.m_Field.Name().CStr());
     values[name] = column.m_Values;
     if (masked) {
-      TurnPresenceIntoMask(column.m_Mask, rows);
-      masks[name] = column.m_Mask;
+      TurnPresenceIntoMask(*column.m_Mask, rows);
+      masks[name] = *column.m_Mask;
     }
   }
   return py::make_tuple(values, masked ? py::object(masks) : py::object(py::none()));
 }
 
 void zqapy_Table::Append(py::list const& columns) {
+  // First: the library's values made below go before it does.
+  zqapy_Locked lock;
   std::vector<AppendColumn> kept;
   std::vector<rfm_Column> calls;
-  zqapy_Finally release([&] {
-    calls.clear();
-    kept.clear();
-  });
   std::optional<py::ssize_t> rows;
   bool numbersOnly = true;
   {
-    Lock lock(zqapy_LibraryLock());
     kept.reserve(columns.size());
     for (py::handle item : columns) {
       auto const column = py::cast<py::tuple>(item);
@@ -309,7 +308,6 @@ void zqapy_Table::Append(py::list const& columns) {
   if (numbersOnly) {
     zqapy_WithoutPython(transfer);
   } else {
-    Lock lock(zqapy_LibraryLock());
     transfer();
   }
 }
