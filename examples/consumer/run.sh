@@ -33,3 +33,25 @@ cmake --build "$work/build" >/dev/null
 "$work/build/consumer" "$work/job.zdb"
 (cd "$work" && rm job.zdb && "$work/build/readme_example")
 test -f "$work/prefix/lib/pkgconfig/ZQARomCore.pc"
+# The Python package, when it was built, imports from the prefix alone and
+# loads the prefix's library. Not under the sanitizers, whose runtime
+# Python would need preloaded.
+site=$(echo "$work"/prefix/lib/python3*/dist-packages)
+if [ -d "$site/zqaromcore" ] && [ -z "${CONSUMER_FLAGS:-}" ]; then
+  PYTHONPATH="$site" /usr/bin/python3 - "$work/prefix" "$work/python.zdb" <<'EOF'
+import sys
+
+import numpy as np
+import zqaromcore
+
+prefix, path = sys.argv[1:]
+assert zqaromcore.__file__.startswith(prefix), zqaromcore.__file__
+with zqaromcore.open(path, "w") as f:
+    f.create_table("T", {"x": np.arange(3.0)})
+with zqaromcore.open(path) as f:
+    assert f.table("T").column("x").tolist() == [0.0, 1.0, 2.0]
+with open("/proc/self/maps") as maps:
+    libraries = {line.split()[-1] for line in maps if "libZBXZQARomCore" in line}
+assert libraries and all(library.startswith(prefix + "/lib/") for library in libraries), libraries
+EOF
+fi

@@ -3,6 +3,7 @@ values that conversions lose (NaN, infinities, -0.0, the ends of int32, non-ASCI
 plain and compressed files; and misuse is refused with a clear error, changing nothing."""
 
 import threading
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -223,3 +224,15 @@ def test_threads_reading_one_file_at_once_each_get_their_own_rows(tmp_path):
         for thread in threads:
             thread.join()
     assert failures == []
+
+
+def test_the_readmes_example_runs_as_written(tmp_path, monkeypatch):
+    readme = (Path(__file__).parents[2] / "README.md").read_text()
+    block = readme.split("## Python\n", 1)[1].split("```python\n", 1)[1].split("```\n", 1)[0]
+    monkeypatch.chdir(tmp_path)
+    exec(compile(block, "README.md", "exec"), {})
+    with zqaromcore.open(tmp_path / "job.zdb") as f:
+        assert f.kind == "compressed"
+        nodes = f.table("Nodes").read()
+        assert nodes["label"].tolist() == ["root", None, "tip"]
+        assert [info.kind for info in f.objects()][-2:] == ["double array", "stream"]
