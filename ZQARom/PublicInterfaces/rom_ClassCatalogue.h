@@ -13,6 +13,10 @@
 // the program's class metadata: what a browser of files lists. A file
 // without the object header holds none. Each class appears once, as the
 // first catalogue row of its id gives it (as a transporter takes it).
+//
+// It opens each class's table by its handle, which fixes the numbering of
+// the table's fields to the file's own: on the database of a transporter,
+// read it after the transporter has opened the classes it reads.
 class ZQA_EXPORT rom_ClassCatalogue {
 public:
   struct Class {

@@ -6,7 +6,6 @@
 #include "omi_BtreeIterator.h"
 #include "rfm_Row.h"
 #include "rfm_Table.h"
-#include "rom_CatalogFieldHandle.h"
 #include "rom_HeaderLayout.h"
 #include "rom_ZDBHeaderParser.h"
 
@@ -33,11 +32,13 @@ rom_ClassCatalogue::rom_ClassCatalogue(rfm_Database const& database) {
   m_HasObjectLayer = true;
   rfm_Database header = database;
   rfm_Table const catalog = rom_ZDBHeaderParser(header).Catalog();
-  rfm_FieldHandle const classId = rom_CatalogFieldHandle(kRomCatalogClassId);
-  rfm_FieldHandle const classTable = rom_CatalogFieldHandle(kRomCatalogClassTable);
-  rfm_FieldHandle const className = rom_CatalogFieldHandle(kRomCatalogClassName);
-  rfm_FieldHandle const baseClassId = rom_CatalogFieldHandle(kRomCatalogBaseClassId);
-  rfm_FieldHandle const classVersion = rom_CatalogFieldHandle(kRomCatalogClassVersion);
+  // By name: a catalogue table opened before its layout was bound (by a
+  // transporter on the same database) numbers its fields the file's way.
+  rfm_FieldHandle const classId(kRomCatalogClassIdName, -1);
+  rfm_FieldHandle const classTable(kRomCatalogClassTableName, -1);
+  rfm_FieldHandle const className(kRomCatalogClassNameName, -1);
+  rfm_FieldHandle const baseClassId(kRomCatalogBaseClassIdName, -1);
+  rfm_FieldHandle const classVersion(kRomCatalogClassVersionName, -1);
   for (int number = 0; catalog.RowExists(number); ++number) {
     rfm_Row const row = catalog.ReadRow(number);
     if (!row.DataIsPresent(classId) || !row.DataIsPresent(classTable))

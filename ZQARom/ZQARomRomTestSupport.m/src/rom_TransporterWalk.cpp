@@ -4,6 +4,7 @@
 #include "omi_BtreeIterator.h"
 #include "rfm_DatabaseWalk.h"
 #include "rfm_Row.h"
+#include "rom_ClassCatalogue.h"
 #include "rom_HeaderLayout.h"
 #include "rom_Objects.h"
 #include "rom_TestModel.h"
@@ -122,6 +123,19 @@ std::string rom_TransporterWalk::Walk(cow_String const& name, cls_ClassRegistrar
               std::to_string(bag.Table().Length()));
     walk.Rows(md, bag);
     walk.Objects(transporter, classId);
+  }
+  // The catalogue as a browser of files reads it, without the registrar;
+  // last, since it opens every class's table by its handle, with the file's
+  // own numbering of its fields rather than the one the program binds.
+  rom_ClassCatalogue const catalogue(database);
+  for (rom_ClassCatalogue::Class const& entry : catalogue.Classes()) {
+    std::string line = "catalogue " + std::to_string(entry.m_ClassId) + " " + rfm_DatabaseWalk::Quoted(entry.m_Name) +
+                       " version " + std::to_string(entry.m_Version) + " base " + std::to_string(entry.m_BaseClassId) +
+                       " table " + std::to_string(entry.m_Table.Value()) + " rows " + std::to_string(entry.m_Rows);
+    rfm_Table const table = database.Table(entry.m_Table, -1, -1);
+    for (rom_ClassCatalogue::Reference const& reference : rom_ClassCatalogue::References(table.TableMetadata()))
+      line += " reference " + rfm_DatabaseWalk::Quoted(reference.m_Member);
+    walk.Line(line);
   }
   if (access == kForUpdate) transporter.Flush();
   return walk.m_Text;
