@@ -97,11 +97,12 @@ def test_appends_extend_a_table_and_fields_not_named_hold_no_data(tmp_path):
         steps = f.table("Steps")
         steps.append({"step": np.array([3], dtype=np.int16), "label": ["c"]})
         steps.append({"time": np.ma.MaskedArray([2.0, 3.0], mask=[True, False])})
+        steps.append({"step": [None, 6], "time": [None, 6.0]})
     with zqaromcore.open(path) as f:
         steps = f.table("Steps").read()
-    assert steps["step"].tolist() == [1, 2, 3, None, None]
-    assert steps["time"].tolist() == [0.5, 1.0, None, None, 3.0]
-    assert steps["label"].tolist() == ["a", "b", "c", None, None]
+    assert steps["step"].tolist() == [1, 2, 3, None, None, None, 6]
+    assert steps["time"].tolist() == [0.5, 1.0, None, None, 3.0, None, 6.0]
+    assert steps["label"].tolist() == ["a", "b", "c", None, None, None, None]
 
 
 @pytest.mark.parametrize("compressed", [False, True], ids=["plain", "compressed"])

@@ -211,8 +211,8 @@ class Table:
 
     def append(self, columns):
         """Appends rows from {field: values}, every field the same number of values: NumPy arrays,
-        masked arrays (a masked value is stored as no data) or sequences; None in a string field is no
-        data too. Fields not named hold no data."""
+        masked arrays (a masked value is stored as no data) or sequences, where None is no data too.
+        Fields not named hold no data."""
         types = self.fields
         prepared = []
         for field, values in columns.items():
@@ -239,7 +239,7 @@ class Array:
     def __repr__(self):
         return "<zqaromcore.Array handle %d: %d x %d %s>" % (self.handle, len(self), self.fields, self.type)
 
-    def __array__(self, dtype=None):
+    def __array__(self, dtype=None, copy=None):
         values = self.read()
         return values if dtype is None else values.astype(dtype)
 
@@ -332,6 +332,10 @@ def _text(field, value):
 
 def _column(field, kind, values):
     """(values, presence or None) as the compiled module takes them for a field of type kind."""
+    if kind != "string" and not isinstance(values, np.ndarray) and any(value is None for value in values):
+        # None is no data in every field, not a NaN a conversion would make of it.
+        values = np.ma.MaskedArray([0 if value is None else value for value in values],
+                                   mask=[value is None for value in values])
     mask = np.ma.getmask(values)
     data = np.ma.getdata(values) if mask is not np.ma.nomask else values
     if kind == "string":
