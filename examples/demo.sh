@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The demo: writes a small results file through the record store, then
-# looks at it with zdb: what the file is, its tables, a few rows, a check.
+# looks at it with zdb: what the file is, its tables, a few rows, a check;
+# when the Python package was built, the tip's displacement over the load
+# steps read from Python (plotted when Matplotlib is there).
 # Then a model file written as objects by one process and read back by
 # another, which reads the steps' results only when asked for, and written
 # again into another file without them being read; a reader process
@@ -9,10 +11,11 @@
 # The files stay in BUILD/demo/ for more looks.
 set -euo pipefail
 build=$(cd "${1:-build}" && pwd)
+examples=$(cd "$(dirname "$0")" && pwd)
 zdb=$build/tools/zdb/zdb
 mkdir -p "$build/demo"
 cd "$build/demo"
-rm -f beam.zdb beam.mdb other.mdb run.mdb beam-copy.mdb
+rm -f beam.zdb beam-tip.png beam.mdb other.mdb run.mdb beam-copy.mdb
 
 # show ARGS: runs zdb ARGS after the command line, in a form a shell takes
 # (a word that begins with # quoted).
@@ -32,6 +35,11 @@ show info beam.zdb
 show tables beam.zdb
 show dump beam.zdb --table Nodes --rows 0:4
 show check beam.zdb
+if compgen -G "$build/python/zqaromcore/_zqaromcore*.so" >/dev/null; then
+  echo
+  echo "\$ plot_tip_displacement.py beam.zdb"
+  PYTHONPATH=$build/python /usr/bin/python3 "$examples/plot_tip_displacement.py" beam.zdb
+fi
 
 echo
 "$build/examples/model_file" write beam.mdb
