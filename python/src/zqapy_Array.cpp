@@ -54,7 +54,7 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Open(std::shared_ptr<zqapy_Session> co
     rfm_Database const& database = session->Database();
     rfm_Handle const at(handle);
     std::optional<Any> array;
-    switch (database.HandleType(at)) {
+    switch (session->ObjectType(handle, {rfm_TypeInt, rfm_TypeFloat, rfm_TypeDouble, rfm_TypeString}, "array")) {
       case rfm_TypeInt:
         array = database.ArrayInt(at, -1, 0);
         break;
@@ -64,11 +64,9 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Open(std::shared_ptr<zqapy_Session> co
       case rfm_TypeDouble:
         array = database.ArrayDouble(at, -1, 0);
         break;
-      case rfm_TypeString:
+      default:
         array = database.ArrayString(at, -1, 0);
         break;
-      default:
-        throw zqapy_Error(session->Name(), "handle " + std::to_string(handle) + " names no array");
     }
     return Track(std::shared_ptr<zqapy_Array>(new zqapy_Array(session, *array)));
   });

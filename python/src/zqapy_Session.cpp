@@ -65,6 +65,18 @@ void zqapy_Session::Track(std::shared_ptr<zqapy_Object> const& object) {
   m_Objects.push_back(object);
 }
 
+rfm_Type zqapy_Session::ObjectType(int handle, std::vector<rfm_Type> const& kinds, char const* what) const {
+  rfm_Database const& database = Database();
+  cow_List<rfm_Handle> const handles = database.ObjectHandles();
+  for (int i = 0; i < handles.Length(); ++i) {
+    if (handles[i].Value() != handle) continue;
+    rfm_Type const type = database.HandleType(handles[i]);
+    if (std::find(kinds.begin(), kinds.end(), type) != kinds.end()) return type;
+    break;
+  }
+  throw zqapy_Error(m_Name, "handle " + std::to_string(handle) + " names no " + what);
+}
+
 template <class Action>
 void zqapy_Session::ForEachObject(Action&& action) {
   for (std::weak_ptr<zqapy_Object> const& each : m_Objects) {

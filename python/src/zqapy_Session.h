@@ -2,6 +2,7 @@
 #define zqapy_Session_h
 
 #include "rfm_Database.h"
+#include "rfm_Type.h"
 
 #include <pybind11/pybind11.h>
 
@@ -79,6 +80,10 @@ public:
   std::string const& Name() const { return m_Name; }
   bool IsOpen() const { return !m_Database.IsNull(); }
   void Track(std::shared_ptr<zqapy_Object> const& object);
+  // The type of the object at handle when it is one of kinds; raises
+  // "handle H names no <what>" otherwise, also for a handle that names no
+  // object at all (which the database would take for damage).
+  rfm_Type ObjectType(int handle, std::vector<rfm_Type> const& kinds, char const* what) const;
 
   // The database's snap, then, when the file moved on, every open object's.
   bool Snap();

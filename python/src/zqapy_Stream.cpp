@@ -18,10 +18,9 @@ zqapy_Stream::~zqapy_Stream() {
 std::shared_ptr<zqapy_Stream> zqapy_Stream::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
   zqapy_Locked lock;
   return session->Guard([&] {
-    rfm_Database const& database = session->Database();
-    if (database.HandleType(rfm_Handle(handle)) != rfm_TypeStream)
-      throw zqapy_Error(session->Name(), "handle " + std::to_string(handle) + " names no tagged stream");
-    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, database.TaggedStream(rfm_Handle(handle), 0)));
+    session->ObjectType(handle, {rfm_TypeStream}, "tagged stream");
+    rfm_TaggedStream const opened = session->Database().TaggedStream(rfm_Handle(handle), 0);
+    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, opened));
     session->Track(stream);
     return stream;
   });

@@ -127,10 +127,9 @@ std::shared_ptr<zqapy_Table> zqapy_Table::Track(std::shared_ptr<zqapy_Table> con
 std::shared_ptr<zqapy_Table> zqapy_Table::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
   zqapy_Locked lock;
   return session->Guard([&] {
-    rfm_Database const& database = session->Database();
-    if (database.HandleType(rfm_Handle(handle)) != rfm_TypeTable)
-      throw zqapy_Error(session->Name(), "handle " + std::to_string(handle) + " names no table");
-    return Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, database.Table(rfm_Handle(handle), -1, -1))));
+    session->ObjectType(handle, {rfm_TypeTable}, "table");
+    rfm_Table const table = session->Database().Table(rfm_Handle(handle), -1, -1);
+    return Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, table)));
   });
 }
 

@@ -170,6 +170,8 @@ def test_misuse_is_refused_clearly_and_changes_nothing(tmp_path):
             f.create_stream([(1, True)])
         with pytest.raises(zqaromcore.Error, match="names no array"):
             f.array(table.handle)
+        with pytest.raises(zqaromcore.Error, match="handle 999 names no table"):
+            f.table(999)
         assert len(table) == 2
     with pytest.raises(zqaromcore.Error, match="closed"):
         len(table)
