@@ -1,5 +1,6 @@
 #include "zqapy_Array.h"
 
+#include "rfm_TypeName.h"
 #include "zqapy_Strings.h"
 #include "zqapy_Types.h"
 
@@ -107,7 +108,7 @@ int zqapy_Array::Handle() const {
 
 std::string zqapy_Array::Type() const {
   zqapy_Locked lock;
-  return Visit([](auto const& array) { return std::string(zqapy_TypeName(array.Type())); });
+  return Visit([](auto const& array) { return std::string(rfm_TypeName(array.Type())); });
 }
 
 int zqapy_Array::Fields() const {

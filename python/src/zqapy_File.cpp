@@ -1,8 +1,8 @@
 #include "zqapy_File.h"
 
 #include "rfm_Space.h"
+#include "rfm_TypeName.h"
 #include "rom_ClassCatalogue.h"
-#include "zqapy_Types.h"
 
 #include <pybind11/stl.h>
 
@@ -111,7 +111,7 @@ py::list zqapy_File::Objects() const {
       long long const size = database.Space(handle, -1).Length();
       std::string name;
       if (type == rfm_TypeTable) name = database.Table(handle, -1, -1).TableMetadata().TableName().CStr();
-      objects.append(py::make_tuple(handle.Value(), zqapy_KindName(type), size, name));
+      objects.append(py::make_tuple(handle.Value(), rfm_ObjectKindName(type), size, name));
     }
   });
   return objects;
@@ -121,7 +121,7 @@ py::list zqapy_File::Tables() const {
   py::list tables;
   for (py::handle object : Objects()) {
     auto const described = py::cast<py::tuple>(object);
-    if (py::cast<std::string>(described[1]) != zqapy_KindName(rfm_TypeTable)) continue;
+    if (py::cast<std::string>(described[1]) != rfm_ObjectKindName(rfm_TypeTable)) continue;
     std::shared_ptr<zqapy_Table> const table = Table(py::cast<int>(described[0]));
     tables.append(py::make_tuple(described[0], described[3], table->Fields(), table->Length()));
   }

@@ -1,5 +1,6 @@
 #include "zqapy_Stream.h"
 
+#include "rfm_TypeName.h"
 #include "zqapy_Strings.h"
 #include "zqapy_Types.h"
 
@@ -71,7 +72,7 @@ py::list zqapy_Stream::Items() {
           value = zqapy_ToPython(stream.GetString());
           break;
       }
-      char const* name = type == rfm_TaggedStream::kFixedStringType ? "string" : zqapy_TypeName(static_cast<rfm_Type>(type));
+      char const* name = type == rfm_TaggedStream::kFixedStringType ? "string" : rfm_TypeName(static_cast<rfm_Type>(type));
       items.append(py::make_tuple(stream.GetID(), name, value));
     }
   });

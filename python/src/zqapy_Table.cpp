@@ -2,6 +2,7 @@
 
 #include "omi_BtreeIterator.h"
 #include "rfm_Column.h"
+#include "rfm_TypeName.h"
 #include "zqapy_Strings.h"
 #include "zqapy_Types.h"
 
@@ -174,7 +175,7 @@ std::vector<std::pair<std::string, std::string>> zqapy_Table::Fields() const {
   std::vector<std::pair<std::string, std::string>> fields;
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(Table().GetFieldMap()); !it.IsDone(); it.Next()) {
     rfm_FieldMetadata const& field = it.CurrentValue();
-    if (field.Present()) fields.emplace_back(field.Name().CStr(), zqapy_TypeName(field.Type()));
+    if (field.Present()) fields.emplace_back(field.Name().CStr(), rfm_TypeName(field.Type()));
   }
   return fields;
 }

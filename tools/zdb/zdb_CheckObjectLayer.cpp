@@ -1,5 +1,6 @@
 #include "zdb_CheckObjectLayer.h"
 
+#include "rfm_TypeName.h"
 #include "rom_HeaderLayout.h"
 #include "zdb_CheckCollections.h"
 #include "zdb_CheckReferences.h"
@@ -70,7 +71,7 @@ private:
       Problem(row, "it has no base class, but " + table + " has a field " + field);
     } else if (derived && row.m_BaseOidType != rfm_TypeInt) {
       Problem(row, "the field " + field + " of " + table + " holds " +
-                       zdb_WithArticle(zdb_TypeName(row.m_BaseOidType)) + ", not an int");
+                       zdb_WithArticle(rfm_TypeName(row.m_BaseOidType)) + ", not an int");
     }
   }
 

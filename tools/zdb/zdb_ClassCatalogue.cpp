@@ -1,5 +1,6 @@
 #include "zdb_ClassCatalogue.h"
 
+#include "rfm_TypeName.h"
 #include "rom_HeaderLayout.h"
 #include "zdb_Database.h"
 #include "zdb_TableFinder.h"
@@ -56,8 +57,8 @@ std::vector<bool> zdb_ClassCatalogue::CheckFields(rfm_Table const& catalogue) {
     }
     rfm_Type type = fields.ConstGet(field.m_Name).Type();
     if (type != field.m_Type) {
-      Problem(std::string("its field ") + Quoted(field.m_Name) + " holds " + zdb_WithArticle(zdb_TypeName(type)) +
-              ", not " + zdb_WithArticle(zdb_TypeName(field.m_Type)));
+      Problem(std::string("its field ") + Quoted(field.m_Name) + " holds " + zdb_WithArticle(rfm_TypeName(type)) +
+              ", not " + zdb_WithArticle(rfm_TypeName(field.m_Type)));
       continue;
     }
     usable[static_cast<std::size_t>(i)] = true;

@@ -1,5 +1,6 @@
 #include "zdb_CollectionTarget.h"
 
+#include "rfm_TypeName.h"
 #include "rom_HeaderLayout.h"
 
 #include "rfm_Array.h"
@@ -20,7 +21,7 @@ constexpr char kEntry[] = "entry";
 constexpr char kEntries[] = "entries";
 
 // "names an int array", "names a table".
-std::string Names(rfm_Type type) { return "names " + zdb_WithArticle(zdb_ObjectKind(type)); }
+std::string Names(rfm_Type type) { return "names " + zdb_WithArticle(rfm_ObjectKindName(type)); }
 
 // A list holds its array's every element, one a row as the object layer
 // writes it; an array of more fields a row still holds them all, flat.
@@ -28,7 +29,7 @@ template <class Array>
 void FindArray(Array const& array, rfm_Type type, zdb_CollectionTarget& target) {
   target.m_FieldsPerRow = array.FieldCount();
   target.m_Length = static_cast<long long>(array.Length()) * array.FieldCount();
-  target.m_Kind = zdb_TypeName(type);
+  target.m_Kind = rfm_TypeName(type);
 }
 
 void FindListArray(rfm_Database const& database, rfm_Type type, zdb_CollectionTarget& target) {
@@ -62,7 +63,7 @@ void FindListTable(zdb_TableFinder const& finder, zdb_CollectionTarget& target) 
     target.m_Kind = zdb_CollectionTarget::kObjects;
     target.m_ObjectRows = true;
   } else if (layout == kRomStringArrayTableName) {
-    target.m_Kind = zdb_TypeName(rfm_TypeString);
+    target.m_Kind = rfm_TypeName(rfm_TypeString);
   } else {
     target.m_Problem = "names table " + zdb_QuotedText(layout) + ", not a list";
     return;
@@ -82,7 +83,7 @@ void FindMapTable(zdb_TableFinder const& finder, zdb_CollectionTarget& target) {
     target.m_Table = layout;
     target.m_ObjectRows = objects;
     target.m_Kind =
-        std::string(zdb_TypeName(map.m_Key)) + kKeyToValue + (objects ? kObject : zdb_TypeName(map.m_Value));
+        std::string(rfm_TypeName(map.m_Key)) + kKeyToValue + (objects ? kObject : rfm_TypeName(map.m_Value));
     target.m_Length = table.Length();
     return;
   }

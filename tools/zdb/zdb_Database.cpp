@@ -36,36 +36,6 @@ zdb_Object zdb_Database::Describe(rfm_Handle handle) const {
                     m_Database.ExtentCount(handle)};
 }
 
-char const* zdb_TypeName(int type) {
-  switch (type) {
-    case rfm_TypeInt:
-      return "int";
-    case rfm_TypeHandle:
-      return "handle";
-    case rfm_TypeFloat:
-      return "float";
-    case rfm_TypeDouble:
-      return "double";
-    case rfm_TypeString:
-      return "string";
-    default:
-      return "unknown";
-  }
-}
-
-std::string zdb_ObjectKind(rfm_Type type) {
-  switch (type) {
-    case rfm_TypeTable:
-      return "table";
-    case rfm_TypeStream:
-      return "stream";
-    case rfm_TypeSpace:
-      return "space";
-    default:
-      return std::string(zdb_TypeName(type)) + " array";
-  }
-}
-
 char const* zdb_WellKnownRole(rfm_Handle handle) {
   switch (handle.Value()) {
     case kRfmStringPoolHandle:

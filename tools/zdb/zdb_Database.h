@@ -42,11 +42,6 @@ private:
   rfm_Database m_Database;
 };
 
-// A field or element type as zdb writes it: "int", "double", ...
-char const* zdb_TypeName(int type);
-// An object type from HandleType as zdb writes it: "table", "stream",
-// "double array", "space".
-std::string zdb_ObjectKind(rfm_Type type);
 // What the well-known handles hold, "" for any other.
 char const* zdb_WellKnownRole(rfm_Handle handle);
 

@@ -4,6 +4,7 @@
 #include "rfm_Array.h"
 #include "rfm_Table.h"
 #include "rfm_TaggedStream.h"
+#include "rfm_TypeName.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
 #include "zdb_Database.h"
@@ -130,7 +131,7 @@ std::string Dumper::Dump(rfm_Handle handle) {
       m_Sink.Error(e.what());
       m_Sink.EndObject();
     } else {
-      m_Sink.Unreadable(handle, zdb_ObjectKind(type), e.what());
+      m_Sink.Unreadable(handle, rfm_ObjectKindName(type), e.what());
     }
     return e.what();
   }

@@ -1,5 +1,6 @@
 #include "zdb_DumpJson.h"
 
+#include "rfm_TypeName.h"
 #include "zdb_Database.h"
 
 void zdb_DumpJson::Begin(std::string const& file) {
@@ -52,7 +53,7 @@ void zdb_DumpJson::Array(rfm_Handle handle, rfm_Type element, int fieldsPerRow, 
   m_Fields.clear();
   BeginObject(handle, "array");
   m_Json.Key("elementType");
-  m_Json.String(zdb_TypeName(element));
+  m_Json.String(rfm_TypeName(element));
   m_Json.Key("fieldsPerRow");
   m_Json.Integer(fieldsPerRow);
   m_Json.Key("rowCount");

@@ -1,5 +1,6 @@
 #include "zdb_DumpText.h"
 
+#include "rfm_TypeName.h"
 #include "zdb_Database.h"
 #include "zdb_Text.h"
 
@@ -42,7 +43,7 @@ void zdb_DumpText::Table(rfm_Handle handle, std::string const& name, int rows, F
 
 void zdb_DumpText::Array(rfm_Handle handle, rfm_Type element, int fieldsPerRow, int rows) {
   m_Fields.clear();
-  std::fprintf(m_Out, "%s array at handle %d: %d row%s of %d\n", zdb_TypeName(element), handle.Value(), rows,
+  std::fprintf(m_Out, "%s array at handle %d: %d row%s of %d\n", rfm_TypeName(element), handle.Value(), rows,
                Plural(rows), fieldsPerRow);
 }
 

@@ -1,6 +1,7 @@
 // zdb objects: one line per object of a database, found through the linkage groups.
 
 #include "rfm_Table.h"
+#include "rfm_TypeName.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
 #include "zdb_Database.h"
@@ -34,7 +35,7 @@ int Run(std::vector<std::string> const& words) {
     std::printf("%10s  %-13s %14s %14s %8s  %s\n", "handle", "type", "length", "allocation", "extents", "name");
     for (rfm_Handle handle : database.Handles()) {
       zdb_Object object = database.Describe(handle);
-      std::printf("%10d  %-13s %14lld %14lld %8d  %s\n", handle.Value(), zdb_ObjectKind(object.m_Type).c_str(),
+      std::printf("%10d  %-13s %14lld %14lld %8d  %s\n", handle.Value(), rfm_ObjectKindName(object.m_Type).c_str(),
                   static_cast<long long>(object.m_Length), static_cast<long long>(object.m_Allocation),
                   object.m_Extents, NameOf(database, object, failed).c_str());
     }

@@ -1,6 +1,7 @@
 #include "zdb_TableColumns.h"
 
 #include "omi_BtreeIterator.h"
+#include "rfm_TypeName.h"
 #include "rom_HeaderLayout.h"
 #include "zdb_CollectionTarget.h"
 #include "zdb_Database.h"
@@ -138,7 +139,7 @@ zdb_CollectionTarget zdb_TargetOf(zdb_TableFinder const& finder, zdb_Column cons
 std::string zdb_ColumnTypeName(zdb_Column const& column) {
   switch (column.m_Kind) {
     case zdb_Column::kField:
-      return zdb_TypeName(column.m_Type);
+      return rfm_TypeName(column.m_Type);
     case zdb_Column::kListTarget:
       return kListType;
     case zdb_Column::kBlobTarget:

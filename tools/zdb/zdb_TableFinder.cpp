@@ -1,5 +1,6 @@
 #include "zdb_TableFinder.h"
 
+#include "rfm_TypeName.h"
 #include "zdb_Database.h"
 #include "zdb_Text.h"
 
@@ -18,7 +19,7 @@ rfm_Table zdb_TableFinder::Find(int handle, std::string& why) const {
   try {
     rfm_Type type = m_Database.HandleType(rfm_Handle(handle));
     if (type != rfm_TypeTable) {
-      why = "names " + zdb_WithArticle(zdb_ObjectKind(type)) + ", not a table";
+      why = "names " + zdb_WithArticle(rfm_ObjectKindName(type)) + ", not a table";
       return rfm_Table();
     }
     return m_Database.Table(rfm_Handle(handle), -1, -1);

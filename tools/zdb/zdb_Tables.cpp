@@ -3,6 +3,7 @@
 
 #include "omi_BtreeIterator.h"
 #include "rfm_Table.h"
+#include "rfm_TypeName.h"
 #include "zdb_Arguments.h"
 #include "zdb_Command.h"
 #include "zdb_Database.h"
@@ -33,7 +34,7 @@ void PrintLayout(rfm_TableMetadata const& layout, std::vector<std::pair<int, int
     width = std::max(width, it.CurrentKey().Length());
   }
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(layout.FieldMap()); !it.IsDone(); it.Next()) {
-    std::printf("  %-*s  %s\n", width, it.CurrentKey().CStr(), zdb_TypeName(it.CurrentValue().Type()));
+    std::printf("  %-*s  %s\n", width, it.CurrentKey().CStr(), rfm_TypeName(it.CurrentValue().Type()));
   }
   if (tables.empty()) {
     std::printf("  rows: no table uses this layout\n");
