@@ -1,11 +1,18 @@
 // A writer for a reader in another process to follow: creates a database
 // with a table "Samples" and a double array of two fields, then appends to
 // both in steps of ROWS rows, flushing the table, the array and the
-// database after each step, as its standard input asks:
+// database after each step, as its standard input asks. Each step is a
+// transaction marked for readers (rfm_ReaderSemaphoreProxy), so that a
+// reader of the file's path sees whole steps only:
 //
 //   step     writes one step and answers "flushed S" (S: steps so far)
 //   run N    writes N steps one after the other, as fast as it can, and
 //            answers "ran S"
+//   append   writes one step and flushes the table and the array but not
+//            the database, outside any transaction, and answers
+//            "appended S": their bytes are in the file, and no reader is
+//            to see them yet
+//   flush    flushes the database and answers "flushed S"
 //
 // It answers "ready TABLE ARRAY" (their handles) once both exist in the
 // file, and ends at the end of its input. Row r of the table holds step
@@ -16,6 +23,7 @@
 #include "rfm_Array.h"
 #include "rfm_Database.h"
 #include "rfm_File.h"
+#include "rfm_ReaderSemaphoreProxy.h"
 #include "rfm_Row.h"
 #include "rfm_Table.h"
 
@@ -50,12 +58,22 @@ public:
                                         "Steps for a reader beside the writer", std::time(nullptr))),
         m_Table(m_Database.Table(Samples(), -1, -1)),
         m_Array(m_Database.ArrayDouble(2, -1, 0)) {
-    Flush();
+    FlushObjects();
+    FlushDatabase();
   }
 
   void Ready() const { std::printf("ready %d %d\n", m_Table.Handle().Value(), m_Array.Handle().Value()); }
 
+  // One step as one transaction: readers hold off their snaps while the
+  // marker beside the file says that it runs.
   void Step() {
+    rfm_ReaderSemaphoreProxy const transaction(m_Database);
+    Append();
+    FlushDatabase();
+  }
+
+  // One step's rows, in the file but not yet admitted by a database flush.
+  void Append() {
     ++m_Steps;
     for (int i = 0; i < m_RowsPerStep; ++i, ++m_Rows) {
       rfm_Row row = m_Table.NewRow();
@@ -66,16 +84,17 @@ public:
       double const pair[2] = {m_Rows * 0.25, -static_cast<double>(m_Rows)};
       m_Array.Write(pair, 1);
     }
-    Flush();
+    FlushObjects();
   }
+
+  void FlushDatabase() { m_Database.Flush(); }
 
   int Steps() const { return m_Steps; }
 
 private:
-  void Flush() {
+  void FlushObjects() {
     m_Table.Flush();
     m_Array.Flush();
-    m_Database.Flush();
   }
 
   int m_RowsPerStep;
@@ -106,6 +125,12 @@ bool Serve(StepWriter& writer) {
     } else if (command == "run" && (words >> count) && count >= 0) {
       for (int i = 0; i < count; ++i) writer.Step();
       std::printf("ran %d\n", writer.Steps());
+    } else if (command == "append") {
+      writer.Append();
+      std::printf("appended %d\n", writer.Steps());
+    } else if (command == "flush") {
+      writer.FlushDatabase();
+      std::printf("flushed %d\n", writer.Steps());
     } else {
       std::fprintf(stderr, "zqapy_StepWriter: unknown command \"%s\"\n", line.c_str());
       return false;
