@@ -1,8 +1,6 @@
 """Files the example programs write, read from Python: the values are those the programs'
 sources compute (examples/results_file.cpp, examples/beam_*.cpp), not those of a run."""
 
-import re
-
 import numpy as np
 import pytest
 
@@ -141,9 +139,9 @@ def test_model_classes_agree_with_zdb(programs, model):
     with zqaromcore.open(model) as f:
         classes = f.classes()
     names = {entry.id: entry.name for entry in classes}
-    ours = [(entry.name, entry.id, "-" if entry.version < 0 else str(entry.version),
-             "-" if entry.base == zqaromcore._core.NO_BASE_CLASS else names[entry.base], int(entry.table), entry.rows)
-            for entry in classes]
+    # zdb names a base class the catalogue holds, and shows "-" for none (class id 1, no class).
+    ours = [(entry.name, entry.id, "-" if entry.version < 0 else str(entry.version), names.get(entry.base, "-"),
+             int(entry.table), entry.rows) for entry in classes]
     assert ours == zdb_classes(programs, model)
     by_name = {entry.name: entry for entry in classes}
     # Every node, element and step of the beam, one Node row more: the second copy of the tip node.
@@ -224,8 +222,3 @@ def test_model_values_follow_the_beam_the_program_builds(model):
         assert steps["Results"].tolist() == [("StepResults", 0), ("StepResults", 1), None]
         assert results["Time"].tolist() == [1.0, 2.0]
 
-
-def test_model_read_class_of_a_class_the_file_lacks_raises(model):
-    with zqaromcore.open(model) as f:
-        with pytest.raises(KeyError, match=re.escape(str(model))):
-            f.read_class("Beam")
