@@ -40,14 +40,16 @@ struct ReadColumn {
   rfm_FieldHandle m_Field;
   rfm_Type m_Type;
   py::array m_Values;
-  py::array m_Mask;
+  // Only for a masked read. (A default py::array is no null handle but an
+  // array of no elements, which presence must never be written into.)
+  std::optional<py::array> m_Mask;
   std::vector<rfm_Handle> m_Handles;
   std::vector<cow_String> m_Strings;
 
   // The column for rows first.. of this call, count at most the buffers'.
   rfm_Column Column(long first, double fill) {
     rfm_Column column = Make(first, fill);
-    if (m_Mask) column.Presence(static_cast<unsigned char*>(m_Mask.mutable_data()) + first);
+    if (m_Mask) column.Presence(static_cast<unsigned char*>(m_Mask->mutable_data()) + first);
     return column;
   }
 
@@ -196,7 +198,8 @@ py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, l
       rfm_FieldMetadata const& field = Field(name);
       rfm_Type const type = field.Type();
       columns.push_back({rfm_FieldHandle(field.Name(), field.Index()), type, py::array(DtypeOf(type), rows),
-                         masked ? py::array(py::dtype::of<bool>(), rows) : py::array(), {}, {}});
+                         masked ? std::optional<py::array>(py::array(py::dtype::of<bool>(), rows)) : std::nullopt,
+                         {}, {}});
       numbersOnly = numbersOnly && type != rfm_TypeString;
       buffered = buffered || type == rfm_TypeString || type == rfm_TypeHandle;
     }
@@ -235,8 +238,8 @@ py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, l
     py::str const name = zqapy_ToPython(column.m_Field.Name());
     values[name] = column.m_Values;
     if (masked) {
-      TurnPresenceIntoMask(column.m_Mask, rows);
-      masks[name] = column.m_Mask;
+      TurnPresenceIntoMask(*column.m_Mask, rows);
+      masks[name] = *column.m_Mask;
     }
   }
   return py::make_tuple(values, masked ? py::object(masks) : py::object(py::none()));
