@@ -5,7 +5,7 @@ compare exactly (floats as their hexadecimal form, so that -0.0 and NaN
 compare too). Run as a program, it reads each file named on its command line
 and prints one JSON line per file, as soon as that file is done:
 
-    {"path": ..., "outcome": "read", "digest": ...}
+    {"path": ..., "outcome": "read"}
     {"path": ..., "outcome": "error", "type": ..., "message": ..., "filename": ...}
 
 so that a parent can tell a library error from a crash (a child that ends
@@ -13,7 +13,6 @@ without printing the line of the file it was reading) and know which file
 caused it.
 """
 
-import hashlib
 import json
 import os
 import signal
@@ -70,23 +69,23 @@ def read_file(path):
 def outcome(path):
     """What reading path whole gave, as the JSON line's dict."""
     try:
-        read = read_file(path)
+        read_file(path)
     except Exception as error:  # every kind is reported, for the parent to judge
         return {"path": path, "outcome": "error", "type": "%s.%s" % (type(error).__module__, type(error).__qualname__),
                 "message": str(error), "filename": getattr(error, "filename", None)}
-    digest = hashlib.sha256(repr(sorted(read.items())).encode("utf-8", "surrogateescape")).hexdigest()
-    return {"path": path, "outcome": "read", "digest": digest}
+    return {"path": path, "outcome": "read"}
 
 
 def read_in_children(paths, timeout):
     """outcome(path) for each of paths, read in child processes: one child reads files until it ends
-    early, when the file it was reading gets {"outcome": "crash", "status": ..., "stderr": ...} (status
-    -N for signal N, "hung" when timeout seconds ran out) and a new child takes the files after it."""
+    early, when the file it was reading gets {"outcome": "crash", "status": ..., "stderr": ...} (the
+    signal's name, the exit status, or "hung" when timeout seconds ran out) and a new child takes the
+    files after it."""
     outcomes = []
     remaining = list(paths)
     while remaining:
         child = subprocess.Popen([sys.executable, os.path.abspath(__file__)] + remaining, stdout=subprocess.PIPE,
-                                 stderr=subprocess.PIPE, text=True)
+                                 stderr=subprocess.PIPE, text=True, errors="replace")
         try:
             out, err = child.communicate(timeout=timeout)
             status = child.returncode
