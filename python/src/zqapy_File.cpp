@@ -3,6 +3,7 @@
 #include "rfm_Space.h"
 #include "rfm_TypeName.h"
 #include "rom_ClassCatalogue.h"
+#include "zqapy_Strings.h"
 
 #include <pybind11/stl.h>
 
@@ -79,9 +80,9 @@ zqapy_File::zqapy_File(std::string const& name, std::string const& mode, bool co
   m_Session = std::make_shared<zqapy_Session>(opened.m_Database, name);
 }
 
-std::string zqapy_File::Description() const {
+py::str zqapy_File::Description() const {
   zqapy_Locked lock;
-  return m_Session->Guard([&] { return std::string(m_Session->Database().Description().CStr()); });
+  return m_Session->Guard([&] { return zqapy_ToPython(m_Session->Database().Description()); });
 }
 
 bool zqapy_File::ReadOnly() const {
@@ -109,9 +110,9 @@ py::list zqapy_File::Objects() const {
       rfm_Handle const handle = handles[i];
       rfm_Type const type = database.HandleType(handle);
       long long const size = database.Space(handle, -1).Length();
-      std::string name;
-      if (type == rfm_TypeTable) name = database.Table(handle, -1, -1).TableMetadata().TableName().CStr();
-      objects.append(py::make_tuple(handle.Value(), rfm_ObjectKindName(type), size, name));
+      cow_String name;
+      if (type == rfm_TypeTable) name = database.Table(handle, -1, -1).TableMetadata().TableName();
+      objects.append(py::make_tuple(handle.Value(), rfm_ObjectKindName(type), size, zqapy_ToPython(name)));
     }
   });
   return objects;
@@ -134,7 +135,7 @@ py::list zqapy_File::Classes() const {
   m_Session->Guard([&] {
     rom_ClassCatalogue const catalogue(m_Session->Database());
     for (rom_ClassCatalogue::Class const& entry : catalogue.Classes()) {
-      classes.append(py::make_tuple(std::string(entry.m_Name.CStr()), entry.m_ClassId, entry.m_Version,
+      classes.append(py::make_tuple(zqapy_ToPython(entry.m_Name), entry.m_ClassId, entry.m_Version,
                                     entry.m_BaseClassId, entry.m_Table.Value(), entry.m_Rows));
     }
   });
@@ -147,8 +148,8 @@ py::list zqapy_File::References(int handle) const {
   m_Session->Guard([&] {
     rfm_Table const table = m_Session->Database().Table(rfm_Handle(handle), -1, -1);
     for (rom_ClassCatalogue::Reference const& reference : rom_ClassCatalogue::References(table.TableMetadata())) {
-      references.append(py::make_tuple(std::string(reference.m_Member.CStr()), std::string(reference.m_OidField.CStr()),
-                                       std::string(reference.m_ClassIdField.CStr())));
+      references.append(py::make_tuple(zqapy_ToPython(reference.m_Member), zqapy_ToPython(reference.m_OidField),
+                                       zqapy_ToPython(reference.m_ClassIdField)));
     }
   });
   return references;

@@ -29,11 +29,14 @@ public:
   std::string const& Name() const { return m_Session->Name(); }
   // "plain", "compressed" or "remote".
   std::string const& Kind() const { return m_Kind; }
-  std::string Description() const;
+  pybind11::str Description() const;
   bool ReadOnly() const;
   int FlushCount() const;
   bool IsOpen() const;
 
+  // Names and texts read from the file are str as zqapy_ToPython gives
+  // them: bytes that are not UTF-8 escaped, never refused.
+  //
   // Every object in handle order: (handle, kind, size in bytes, a table's
   // name or "").
   pybind11::list Objects() const;

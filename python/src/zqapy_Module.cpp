@@ -5,6 +5,7 @@
 #include "ZQARomCore.h"
 #include "rom_ClassCatalogue.h"
 #include "zqapy_File.h"
+#include "zqapy_Strings.h"
 
 #include <pybind11/pybind11.h>
 #include <pybind11/stl.h>
@@ -42,8 +43,10 @@ PYBIND11_MODULE(_zqaromcore, module) {
     try {
       if (raised) std::rethrow_exception(raised);
     } catch (zqapy_Error const& e) {
-      py::object instance = py::reinterpret_borrow<py::object>(error.ptr())(e.what());
-      instance.attr("filename") = e.FileName();
+      // A message may name a file or quote a name read from one, whose
+      // bytes need not be UTF-8.
+      py::object instance = py::reinterpret_borrow<py::object>(error.ptr())(zqapy_ToPython(std::string(e.what())));
+      instance.attr("filename") = zqapy_ToPython(e.FileName());
       PyErr_SetObject(error.ptr(), instance.ptr());
     }
   });
@@ -55,7 +58,7 @@ PYBIND11_MODULE(_zqaromcore, module) {
   py::class_<zqapy_File>(module, "File")
       .def(py::init<std::string const&, std::string const&, bool, std::string const&, std::string const&>(),
            py::arg("name"), py::arg("mode"), py::arg("compressed"), py::arg("magic"), py::arg("description"))
-      .def_property_readonly("name", &zqapy_File::Name)
+      .def_property_readonly("name", [](zqapy_File const& file) { return zqapy_ToPython(file.Name()); })
       .def_property_readonly("kind", &zqapy_File::Kind)
       .def_property_readonly("description", &zqapy_File::Description)
       .def_property_readonly("read_only", &zqapy_File::ReadOnly)

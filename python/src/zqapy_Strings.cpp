@@ -5,14 +5,24 @@
 namespace py = pybind11;
 
 namespace {
-char const kErrors[] = "surrogateescape";
-}
 
-py::str zqapy_ToPython(cow_String const& text) {
-  PyObject* decoded = PyUnicode_DecodeUTF8(text.CStr(), text.Length(), kErrors);
+char const kErrors[] = "surrogateescape";
+
+py::str Decoded(char const* text, py::ssize_t length) {
+  PyObject* decoded = PyUnicode_DecodeUTF8(text, length, kErrors);
   if (decoded == nullptr) throw py::error_already_set();
   return py::reinterpret_steal<py::str>(decoded);
 }
+
+}  // namespace
+
+py::str zqapy_ToPython(cow_String const& text) { return Decoded(text.CStr(), text.Length()); }
+
+py::str zqapy_ToPython(std::string const& text) {
+  return Decoded(text.data(), static_cast<py::ssize_t>(text.size()));
+}
+
+std::string zqapy_Quoted(cow_String const& text) { return py::cast<std::string>(py::repr(zqapy_ToPython(text))); }
 
 cow_String zqapy_FromPython(py::handle text) {
   if (!PyUnicode_Check(text.ptr())) throw py::type_error("a string field or element takes str, not " +

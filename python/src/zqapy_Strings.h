@@ -6,6 +6,7 @@
 #include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
+#include <string>
 #include <vector>
 
 // Strings between the library (bytes, UTF-8 by convention) and Python.
@@ -13,7 +14,11 @@
 // write back as the same bytes, so that no stored string is lost or
 // refused either way.
 pybind11::str zqapy_ToPython(cow_String const& text);
+pybind11::str zqapy_ToPython(std::string const& text);
 cow_String zqapy_FromPython(pybind11::handle text);
+// A library text for a message: Python's repr of what zqapy_ToPython
+// gives, quoted and always valid UTF-8.
+std::string zqapy_Quoted(cow_String const& text);
 
 // An array of objects of that shape, every element None (a new array's
 // elements are null pointers, which not every reader of it expects).

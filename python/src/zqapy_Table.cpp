@@ -105,7 +105,7 @@ template <class T>
 py::array Exact(py::handle values, rfm_FieldMetadata const& field) {
   auto const flags = py::array::c_style;
   if (!py::isinstance<py::array_t<T, flags>>(values) || py::cast<py::array>(values).ndim() != 1)
-    throw py::type_error("field '" + std::string(field.Name().CStr()) + "' takes a one-dimensional contiguous " +
+    throw py::type_error("field " + zqapy_Quoted(field.Name()) + " takes a one-dimensional contiguous " +
                          std::string(py::str(DtypeOf(field.Type()))) + " array");
   return py::cast<py::array>(values);
 }
@@ -156,13 +156,14 @@ rfm_FieldMetadata const& zqapy_Table::Field(std::string const& name) const {
   rfm_MapName2FieldMetadata const& fields = Table().GetFieldMap();
   cow_String const key = name.c_str();
   if (!fields.IsMember(key) || !fields.ConstGet(key).Present())
-    throw py::key_error("table '" + Name() + "' has no field '" + name + "'");
+    throw py::key_error("table " + zqapy_Quoted(Table().TableMetadata().TableName()) + " has no field " +
+                        zqapy_Quoted(key));
   return fields.ConstGet(key);
 }
 
-std::string zqapy_Table::Name() const {
+py::str zqapy_Table::Name() const {
   zqapy_Locked lock;
-  return Table().TableMetadata().TableName().CStr();
+  return zqapy_ToPython(Table().TableMetadata().TableName());
 }
 
 int zqapy_Table::Handle() const {
@@ -170,12 +171,12 @@ int zqapy_Table::Handle() const {
   return Table().Handle().Value();
 }
 
-std::vector<std::pair<std::string, std::string>> zqapy_Table::Fields() const {
+py::list zqapy_Table::Fields() const {
   zqapy_Locked lock;
-  std::vector<std::pair<std::string, std::string>> fields;
+  py::list fields;
   for (omi_BtreeIterator<cow_String, rfm_FieldMetadata> it(Table().GetFieldMap()); !it.IsDone(); it.Next()) {
     rfm_FieldMetadata const& field = it.CurrentValue();
-    if (field.Present()) fields.emplace_back(field.Name().CStr(), rfm_TypeName(field.Type()));
+    if (field.Present()) fields.append(py::make_tuple(zqapy_ToPython(field.Name()), rfm_TypeName(field.Type())));
   }
   return fields;
 }
@@ -233,7 +234,7 @@ py::tuple zqapy_Table::Read(std::vector<std::string> const& names, long start, l
   py::dict values;
   py::dict masks;
   for (ReadColumn& column : columns) {
-    py::str const name(column.m_Field.Name().CStr());
+    py::str const name = zqapy_ToPython(column.m_Field.Name());
     values[name] = column.m_Values;
     if (masked) {
       TurnPresenceIntoMask(*column.m_Mask, rows);
@@ -289,13 +290,13 @@ void zqapy_Table::Append(py::list const& columns) {
       if (!column[2].is_none()) {
         taken.m_Presence = Exact<std::uint8_t>(column[2], field);
         if (taken.m_Presence.size() != count)
-          throw py::value_error("field '" + name + "': " + std::to_string(taken.m_Presence.size()) +
+          throw py::value_error("field " + zqapy_Quoted(field.Name()) + ": " + std::to_string(taken.m_Presence.size()) +
                                 " presence flags for " + std::to_string(count) + " values");
         calls.back().Presence(static_cast<unsigned char const*>(taken.m_Presence.data()));
       }
       if (rows && *rows != count)
-        throw py::value_error("field '" + name + "' has " + std::to_string(count) + " values, the fields before it " +
-                              std::to_string(*rows));
+        throw py::value_error("field " + zqapy_Quoted(field.Name()) + " has " + std::to_string(count) +
+                              " values, the fields before it " + std::to_string(*rows));
       rows = count;
     }
   }

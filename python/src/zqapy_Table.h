@@ -23,10 +23,11 @@ public:
                                              int version);
   ~zqapy_Table() override;
 
-  std::string Name() const;
+  // Names as zqapy_ToPython gives them: bytes that are not UTF-8 escaped.
+  pybind11::str Name() const;
   int Handle() const;
   // (name, type name) in the order of the names, as rows lay them out.
-  std::vector<std::pair<std::string, std::string>> Fields() const;
+  pybind11::list Fields() const;
   int Length() const;
 
   // Rows start to stop - 1 (stop clipped to the length) of the fields

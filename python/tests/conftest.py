@@ -33,7 +33,9 @@ class Programs:
 
     def run(self, *command, cwd=None, env=None):
         """Runs command to its end; fails the test, showing its output, unless it exits with 0."""
-        done = subprocess.run([str(word) for word in command], cwd=cwd, env=env, capture_output=True, text=True)
+        # Output names files as their bytes spell them, which need not be UTF-8.
+        done = subprocess.run([str(word) for word in command], cwd=cwd, env=env, capture_output=True, text=True,
+                              errors="surrogateescape")
         assert done.returncode == 0, "%s exited with %d\n%s%s" % (command, done.returncode, done.stdout, done.stderr)
         return done.stdout
 

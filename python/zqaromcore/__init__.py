@@ -14,8 +14,11 @@ move in columns through the library's bulk path: ints as int32, floats as
 float32, doubles as float64, handles as int32 and strings as str objects; a
 masked element is a field that holds no data in its row. Arrays read as
 rows x fields arrays of their element type; a tagged stream reads as a list
-of (tag, value) pairs. Every error of the library is a zqaromcore.Error,
-whose message names the file (also in its filename attribute).
+of (tag, value) pairs. Texts (string values, names, descriptions) are
+UTF-8; a byte that is not part of UTF-8 reads as an escaped character
+("surrogateescape") and is written back as that byte. Every error of the
+library is a zqaromcore.Error, whose message names the file (also in its
+filename attribute).
 """
 
 import collections
@@ -63,7 +66,7 @@ class File:
     """An open database file: what it holds, and the objects in it."""
 
     def __init__(self, name, mode="r", *, compressed=False, magic=DEFAULT_MAGIC, description=""):
-        self._core = _core.File(os.fspath(name), mode, compressed, magic, description)
+        self._core = _core.File(os.fsencode(name), mode, compressed, magic, _stored(description))
 
     def __enter__(self):
         return self
@@ -155,7 +158,8 @@ class File:
         else the values' own: integers int, float32 float, other floats double, text string."""
         types = dict(types or {})
         fields = [(field, types.get(field) or _type_of(field, values)) for field, values in columns.items()]
-        table = Table(self._core.create_table(name, fields, version))
+        stored = [(_stored(field), kind) for field, kind in fields]
+        table = Table(self._core.create_table(_stored(name), stored, version))
         table.append(columns)
         return table
 
@@ -199,14 +203,14 @@ class Table:
         {field: numpy.ma.MaskedArray}, masked where a row's field holds no data."""
         names = list(self.fields) if fields is None else list(fields)
         start, stop = _bounds(start, stop, len(self))
-        values, masks = self._core.read(names, start, stop, True, 0.0)
+        values, masks = self._core.read([_stored(name) for name in names], start, stop, True, 0.0)
         return {name: np.ma.MaskedArray(values[name], mask=masks[name]) for name in names}
 
     def column(self, field, start=0, stop=None, fill=0):
         """One field of rows start to stop - 1 as a plain array; a row whose field holds no data gives
         fill ("" for strings). The quickest way to a column."""
         start, stop = _bounds(start, stop, len(self))
-        values, _ = self._core.read([field], start, stop, False, float(fill))
+        values, _ = self._core.read([_stored(field)], start, stop, False, float(fill))
         return values[field]
 
     def append(self, columns):
@@ -218,7 +222,7 @@ class Table:
         for field, values in columns.items():
             if field not in types:
                 raise KeyError("table %r has no field %r" % (self.name, field))
-            prepared.append((field,) + _column(field, types[field], values))
+            prepared.append((_stored(field),) + _column(field, types[field], values))
         self._core.append(prepared)
 
 
@@ -280,6 +284,12 @@ class TaggedStream:
         """Writes (tag, value) items after the last: a Handle is stored as a handle, numpy.float32 as a
         float, any other float as a double, an integer as an int and a str as a string."""
         self._core.append([(tag,) + _item(tag, value) for tag, value in items])
+
+
+def _stored(text):
+    """A name or description as the file stores it: UTF-8, where the escaped bytes of a name read
+    from a file (see the module's docstring) go back as those bytes."""
+    return text.encode("utf-8", "surrogateescape")
 
 
 def _bounds(start, stop, length):
