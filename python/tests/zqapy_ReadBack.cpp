@@ -21,6 +21,7 @@
 #include "rfm_Row.h"
 #include "rfm_Table.h"
 #include "rfm_TaggedStream.h"
+#include "rfm_TypeName.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -41,24 +42,6 @@ std::string Text(cow_String const& text) {
   return word;
 }
 
-char const* TypeName(int type) {
-  switch (type) {
-    case rfm_TypeInt:
-      return "int";
-    case rfm_TypeHandle:
-      return "handle";
-    case rfm_TypeFloat:
-      return "float";
-    case rfm_TypeDouble:
-      return "double";
-    case rfm_TypeString:
-    case rfm_TaggedStream::kFixedStringType:
-      return "string";
-    default:
-      return "unknown";
-  }
-}
-
 void PrintTable(rfm_Table const& table) {
   rfm_TableMetadata const& layout = table.TableMetadata();
   std::vector<rfm_FieldMetadata> fields;
@@ -66,7 +49,7 @@ void PrintTable(rfm_Table const& table) {
     if (it.CurrentValue().Present()) fields.push_back(it.CurrentValue());
   std::printf("table %d %s %d\n", table.Handle().Value(), Text(layout.TableName()).c_str(), table.Length());
   for (rfm_FieldMetadata const& field : fields)
-    std::printf("field %s %s\n", Text(field.Name()).c_str(), TypeName(field.Type()));
+    std::printf("field %s %s\n", Text(field.Name()).c_str(), rfm_TypeName(field.Type()));
   for (int r = 0; r < table.Length(); ++r) {
     rfm_Row const row = table.ReadRow(r);
     std::printf("row");
@@ -107,7 +90,7 @@ template <class T, rfm_Type ElementType>
 void PrintArray(rfm_Array<T, ElementType> const& array) {
   int const fields = array.FieldCount();
   int const rows = array.Length();
-  std::printf("array %d %s %d %d\n", array.Handle().Value(), TypeName(ElementType), fields, rows);
+  std::printf("array %d %s %d %d\n", array.Handle().Value(), rfm_TypeName(ElementType), fields, rows);
   std::vector<T> row(static_cast<std::size_t>(fields));
   array.Seek(0);
   for (int r = 0; r < rows; ++r) {
@@ -123,7 +106,7 @@ void PrintStream(rfm_TaggedStream const& stream) {
   stream.Rewind();
   while (stream.Next()) {
     int const type = stream.GetType();
-    std::printf("item %d %s", stream.GetID(), TypeName(type));
+    std::printf("item %d %s", stream.GetID(), rfm_TypeName(type));
     switch (type) {
       case rfm_TypeInt:
         PrintValue(stream.GetInt());
