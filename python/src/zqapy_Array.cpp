@@ -14,7 +14,6 @@ namespace py = pybind11;
 
 namespace {
 
-
 // The element type of an array handle. The library's int is NumPy's int32.
 template <class Array>
 struct ElementOf;
@@ -32,11 +31,6 @@ zqapy_Array::zqapy_Array(std::shared_ptr<zqapy_Session> const& session, Any cons
 zqapy_Array::~zqapy_Array() {
   zqapy_Locked lock;
   m_Array.reset();
-}
-
-std::shared_ptr<zqapy_Array> zqapy_Array::Track(std::shared_ptr<zqapy_Array> const& array) {
-  array->m_Session->Track(array);
-  return array;
 }
 
 zqapy_Array::Any const& zqapy_Array::Current() const {
@@ -69,7 +63,7 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Open(std::shared_ptr<zqapy_Session> co
         array = database.ArrayString(at, -1, 0);
         break;
     }
-    return Track(std::shared_ptr<zqapy_Array>(new zqapy_Array(session, *array)));
+    return session->Track(std::shared_ptr<zqapy_Array>(new zqapy_Array(session, *array)));
   });
 }
 
@@ -97,7 +91,7 @@ std::shared_ptr<zqapy_Array> zqapy_Array::Create(std::shared_ptr<zqapy_Session> 
       default:
         throw py::value_error("arrays hold int, float, double or string elements, not " + type);
     }
-    return Track(std::shared_ptr<zqapy_Array>(new zqapy_Array(session, *array)));
+    return session->Track(std::shared_ptr<zqapy_Array>(new zqapy_Array(session, *array)));
   });
 }
 
@@ -123,90 +117,70 @@ int zqapy_Array::Length() const {
 
 py::array zqapy_Array::Read(long start, long stop) {
   zqapy_Locked lock;
-  std::optional<Any> array;
-  long rows = 0;
-  long fields = 0;
-  {
-    array = Current();
-    m_Session->Guard([&] {
-      Visit([&](auto const& open) {
-        long const length = open.Length();
-        fields = open.FieldCount();
-        start = std::clamp(start, 0L, length);
-        rows = std::clamp(stop, start, length) - start;
-      });
+  return m_Session->Guard([&] {
+    return Visit([&](auto const& open) -> py::array {
+      using T = typename ElementOf<std::decay_t<decltype(open)>>::Type;
+      long const length = open.Length();
+      long const fields = open.FieldCount();
+      start = std::clamp(start, 0L, length);
+      long const rows = std::clamp(stop, start, length) - start;
+      long read = 0;
+      auto readRows = [&](T* target) {
+        open.Seek(static_cast<int>(start));
+        read = rows == 0 ? 0 : open.Read(target, static_cast<int>(rows));
+      };
+      py::array values;
+      if constexpr (std::is_same_v<T, cow_String>) {
+        values = zqapy_ObjectArray({rows, fields});
+        std::vector<cow_String> buffer(static_cast<std::size_t>(rows * fields));
+        readRows(buffer.data());
+        zqapy_StoreStrings(values, 0, buffer.data(), read);
+      } else {
+        py::array_t<T> numbers({rows, fields});
+        T* target = numbers.mutable_data();
+        zqapy_WithoutPython([&] { readRows(target); });
+        values = numbers;
+      }
+      if (read != rows * fields)
+        throw zqapy_Error(m_Session->Name(), "array " + std::to_string(open.Handle().Value()) + " gave " +
+                                                 std::to_string(read) + " elements of " +
+                                                 std::to_string(rows * fields));
+      return values;
     });
-  }
-  long read = 0;
-  py::array values = std::visit(
-      [&](auto const& open) -> py::array {
-        using Array = std::decay_t<decltype(open)>;
-        {
-          using T = typename ElementOf<Array>::Type;
-          auto readRows = [&](T* target) {
-            m_Session->Guard([&] {
-              open.Seek(static_cast<int>(start));
-              read = rows == 0 ? 0 : open.Read(target, static_cast<int>(rows));
-            });
-          };
-          if constexpr (std::is_same_v<T, cow_String>) {
-            py::array texts = zqapy_ObjectArray({rows, fields});
-            std::vector<cow_String> buffer(static_cast<std::size_t>(rows * fields));
-            readRows(buffer.data());
-            zqapy_StoreStrings(texts, 0, buffer.data(), read);
-            return texts;
-          } else {
-            py::array_t<T> numbers({rows, fields});
-            T* target = numbers.mutable_data();
-            zqapy_WithoutPython([&] { readRows(target); });
-            return numbers;
-          }
-        }
-      },
-      *array);
-  if (read != rows * fields)
-    throw zqapy_Error(m_Session->Name(), "array " + std::to_string(Handle()) + " gave " + std::to_string(read) +
-                                             " elements of " + std::to_string(rows * fields));
-  return values;
+  });
 }
 
 void zqapy_Array::Append(py::object const& values) {
   zqapy_Locked lock;
-  std::optional<Any> array = Current();
-  std::visit(
-      [&](auto const& open) {
-        using Array = std::decay_t<decltype(open)>;
-        {
-          using T = typename ElementOf<Array>::Type;
-          long const fields = Fields();
-          auto writeRows = [&](T const* source, long rows) {
-            m_Session->Guard([&] {
-              open.Seek(open.Length());
-              if (rows > 0) open.Write(source, static_cast<int>(rows));
-            });
-          };
-          if constexpr (std::is_same_v<T, cow_String>) {
-            std::vector<cow_String> texts = zqapy_TakeStrings(py::cast<py::sequence>(values));
-            if (texts.size() % static_cast<std::size_t>(fields) != 0)
-              throw py::value_error(std::to_string(texts.size()) + " strings do not make rows of " +
-                                    std::to_string(fields));
-            writeRows(texts.data(), static_cast<long>(texts.size()) / fields);
-          } else {
-            using Exact = py::array_t<T, py::array::c_style>;
-            if (!py::isinstance<Exact>(values) || py::cast<py::array>(values).ndim() != 2 ||
-                py::cast<py::array>(values).shape(1) != fields)
-              throw py::type_error("this array takes a contiguous two-dimensional " +
-                                   std::string(py::str(py::dtype::of<T>())) + " array of " + std::to_string(fields) +
-                                   " columns");
-            auto const numbers = py::cast<Exact>(values);
-            long const rows = numbers.shape(0);
-            if (rows > std::numeric_limits<int>::max()) throw py::value_error("too many rows for one append");
-            T const* source = numbers.data();
-            zqapy_WithoutPython([&] { writeRows(source, rows); });
-          }
-        }
-      },
-      *array);
+  m_Session->Guard([&] {
+    Visit([&](auto const& open) {
+      using T = typename ElementOf<std::decay_t<decltype(open)>>::Type;
+      long const fields = open.FieldCount();
+      auto writeRows = [&](T const* source, long rows) {
+        open.Seek(open.Length());
+        if (rows > 0) open.Write(source, static_cast<int>(rows));
+      };
+      if constexpr (std::is_same_v<T, cow_String>) {
+        std::vector<cow_String> texts = zqapy_TakeStrings(py::cast<py::sequence>(values));
+        if (texts.size() % static_cast<std::size_t>(fields) != 0)
+          throw py::value_error(std::to_string(texts.size()) + " strings do not make rows of " +
+                                std::to_string(fields));
+        writeRows(texts.data(), static_cast<long>(texts.size()) / fields);
+      } else {
+        using Exact = py::array_t<T, py::array::c_style>;
+        if (!py::isinstance<Exact>(values) || py::cast<py::array>(values).ndim() != 2 ||
+            py::cast<py::array>(values).shape(1) != fields)
+          throw py::type_error("this array takes a contiguous two-dimensional " +
+                               std::string(py::str(py::dtype::of<T>())) + " array of " + std::to_string(fields) +
+                               " columns");
+        auto const numbers = py::cast<Exact>(values);
+        long const rows = numbers.shape(0);
+        if (rows > std::numeric_limits<int>::max()) throw py::value_error("too many rows for one append");
+        T const* source = numbers.data();
+        zqapy_WithoutPython([&] { writeRows(source, rows); });
+      }
+    });
+  });
 }
 
 void zqapy_Array::Snap() {

@@ -15,7 +15,7 @@
 // An array of an open file as Python uses it: rows of FieldCount elements
 // of one type, read into and written from two-dimensional NumPy arrays
 // (int32, float32, float64, or objects holding str).
-class zqapy_Array : public zqapy_Object, public std::enable_shared_from_this<zqapy_Array> {
+class zqapy_Array : public zqapy_Object {
 public:
   static std::shared_ptr<zqapy_Array> Open(std::shared_ptr<zqapy_Session> const& session, int handle);
   // A new array of elements of type (a type name) with fields per row.
@@ -44,7 +44,6 @@ private:
                            rfm_Array<double, rfm_TypeDouble>, rfm_Array<cow_String, rfm_TypeString>>;
 
   zqapy_Array(std::shared_ptr<zqapy_Session> const& session, Any const& array);
-  static std::shared_ptr<zqapy_Array> Track(std::shared_ptr<zqapy_Array> const& array);
   // The open array; raises when closed.
   Any const& Current() const;
   // Runs action on the open array, whatever its type; raises when closed.

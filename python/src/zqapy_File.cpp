@@ -66,16 +66,7 @@ Opened OpenDatabase(std::string const& name, std::string const& mode, bool compr
 zqapy_File::zqapy_File(std::string const& name, std::string const& mode, bool compressed, std::string const& magic,
                        std::string const& description) {
   zqapy_Locked lock;
-  Opened opened;
-  try {
-    opened = OpenDatabase(name, mode, compressed, magic, description);
-  } catch (zqapy_Error const&) {
-    throw;
-  } catch (py::builtin_exception const&) {
-    throw;
-  } catch (std::exception const& e) {
-    throw zqapy_Error(name, e.what());
-  }
+  Opened const opened = zqapy_Guard(name, [&] { return OpenDatabase(name, mode, compressed, magic, description); });
   m_Kind = KindName(opened.m_File.Kind());
   m_Session = std::make_shared<zqapy_Session>(opened.m_Database, name);
 }

@@ -58,7 +58,7 @@ rfm_Database const& zqapy_Session::Database() const {
   return m_Database;
 }
 
-void zqapy_Session::Track(std::shared_ptr<zqapy_Object> const& object) {
+void zqapy_Session::Remember(std::shared_ptr<zqapy_Object> const& object) {
   m_Objects.erase(std::remove_if(m_Objects.begin(), m_Objects.end(),
                                  [](std::weak_ptr<zqapy_Object> const& each) { return each.expired(); }),
                   m_Objects.end());

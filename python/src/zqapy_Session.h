@@ -10,6 +10,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 // An error of the library as Python sees it: the library's message and the
@@ -23,6 +24,23 @@ public:
 private:
   std::string m_FileName;
 };
+
+// Runs call, turning the library's exceptions into zqapy_Error naming the
+// file fileName; Python's own errors pass unchanged.
+template <class Call>
+auto zqapy_Guard(std::string const& fileName, Call&& call) -> decltype(call()) {
+  try {
+    return call();
+  } catch (zqapy_Error const&) {
+    throw;
+  } catch (pybind11::error_already_set const&) {
+    throw;
+  } catch (pybind11::builtin_exception const&) {
+    throw;
+  } catch (std::exception const& e) {
+    throw zqapy_Error(fileName, e.what());
+  }
+}
 
 // The one lock around every call into the library: its objects (and the
 // strings they share, whose counts are not atomic) are used by one thread
@@ -79,7 +97,12 @@ public:
   rfm_Database const& Database() const;
   std::string const& Name() const { return m_Name; }
   bool IsOpen() const { return !m_Database.IsNull(); }
-  void Track(std::shared_ptr<zqapy_Object> const& object);
+  // Keeps object among the session's open objects; answers it.
+  template <class Object>
+  std::shared_ptr<Object> Track(std::shared_ptr<Object> const& object) {
+    Remember(object);
+    return object;
+  }
   // The type of the object at handle when it is one of kinds; raises
   // "handle H names no <what>" otherwise, also for a handle that names no
   // object at all (which the database would take for damage).
@@ -93,21 +116,10 @@ public:
   // Closing twice does nothing.
   void Close();
 
-  // Runs call, turning the library's exceptions into zqapy_Error naming
-  // this file; Python's own errors pass unchanged.
+  // zqapy_Guard for this file.
   template <class Call>
   auto Guard(Call&& call) const -> decltype(call()) {
-    try {
-      return call();
-    } catch (zqapy_Error const&) {
-      throw;
-    } catch (pybind11::error_already_set const&) {
-      throw;
-    } catch (pybind11::builtin_exception const&) {
-      throw;
-    } catch (std::exception const& e) {
-      throw zqapy_Error(m_Name, e.what());
-    }
+    return zqapy_Guard(m_Name, std::forward<Call>(call));
   }
 
   // Closes every session still open, before the library ends; errors go
@@ -115,6 +127,7 @@ public:
   static void CloseAll();
 
 private:
+  void Remember(std::shared_ptr<zqapy_Object> const& object);
   template <class Action>
   void ForEachObject(Action&& action);
 

@@ -21,18 +21,15 @@ std::shared_ptr<zqapy_Stream> zqapy_Stream::Open(std::shared_ptr<zqapy_Session> 
   return session->Guard([&] {
     session->ObjectType(handle, {rfm_TypeStream}, "tagged stream");
     rfm_TaggedStream const opened = session->Database().TaggedStream(rfm_Handle(handle), 0);
-    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, opened));
-    session->Track(stream);
-    return stream;
+    return session->Track(std::shared_ptr<zqapy_Stream>(new zqapy_Stream(session, opened)));
   });
 }
 
 std::shared_ptr<zqapy_Stream> zqapy_Stream::Create(std::shared_ptr<zqapy_Session> const& session) {
   zqapy_Locked lock;
   return session->Guard([&] {
-    std::shared_ptr<zqapy_Stream> stream(new zqapy_Stream(session, session->Database().TaggedStream(0)));
-    session->Track(stream);
-    return stream;
+    rfm_TaggedStream const created = session->Database().TaggedStream(0);
+    return session->Track(std::shared_ptr<zqapy_Stream>(new zqapy_Stream(session, created)));
   });
 }
 

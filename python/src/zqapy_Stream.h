@@ -10,7 +10,7 @@
 
 // A tagged stream of an open file as Python uses it: its items as
 // (tag, type name, value) triples, read from the start or appended.
-class zqapy_Stream : public zqapy_Object, public std::enable_shared_from_this<zqapy_Stream> {
+class zqapy_Stream : public zqapy_Object {
 public:
   static std::shared_ptr<zqapy_Stream> Open(std::shared_ptr<zqapy_Session> const& session, int handle);
   static std::shared_ptr<zqapy_Stream> Create(std::shared_ptr<zqapy_Session> const& session);

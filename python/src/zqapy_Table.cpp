@@ -15,7 +15,6 @@ namespace py = pybind11;
 
 namespace {
 
-
 // Rows per bulk call when strings or handles pass through buffers of the
 // library's own types; numbers go straight into their arrays in one call.
 constexpr long kBufferedRows = 65536;
@@ -120,17 +119,12 @@ zqapy_Table::~zqapy_Table() {
   m_Table = rfm_Table();
 }
 
-std::shared_ptr<zqapy_Table> zqapy_Table::Track(std::shared_ptr<zqapy_Table> const& table) {
-  table->m_Session->Track(table);
-  return table;
-}
-
 std::shared_ptr<zqapy_Table> zqapy_Table::Open(std::shared_ptr<zqapy_Session> const& session, int handle) {
   zqapy_Locked lock;
   return session->Guard([&] {
     session->ObjectType(handle, {rfm_TypeTable}, "table");
     rfm_Table const table = session->Database().Table(rfm_Handle(handle), -1, -1);
-    return Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, table)));
+    return session->Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, table)));
   });
 }
 
@@ -143,7 +137,8 @@ std::shared_ptr<zqapy_Table> zqapy_Table::Create(std::shared_ptr<zqapy_Session> 
   for (auto const& field : fields) layout.InsertField(rfm_FieldMetadata(field.first.c_str(), zqapy_TypeOf(field.second),
                                                                         layout.FieldCount()));
   return session->Guard([&] {
-    return Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, session->Database().Table(layout, -1, -1))));
+    rfm_Table const table = session->Database().Table(layout, -1, -1);
+    return session->Track(std::shared_ptr<zqapy_Table>(new zqapy_Table(session, table)));
   });
 }
 
@@ -251,54 +246,52 @@ void zqapy_Table::Append(py::list const& columns) {
   std::vector<rfm_Column> calls;
   std::optional<py::ssize_t> rows;
   bool numbersOnly = true;
-  {
-    kept.reserve(columns.size());
-    for (py::handle item : columns) {
-      auto const column = py::cast<py::tuple>(item);
-      std::string const name = py::cast<std::string>(column[0]);
-      rfm_FieldMetadata const& field = Field(name);
-      rfm_FieldHandle const handle(field.Name(), field.Index());
-      AppendColumn& taken = kept.emplace_back();
-      switch (field.Type()) {
-        case rfm_TypeInt:
-          taken.m_Values = Exact<std::int32_t>(column[1], field);
-          calls.push_back(rfm_Column::Ints(handle, static_cast<int const*>(taken.m_Values.data())));
-          break;
-        case rfm_TypeFloat:
-          taken.m_Values = Exact<float>(column[1], field);
-          calls.push_back(rfm_Column::Floats(handle, static_cast<float const*>(taken.m_Values.data())));
-          break;
-        case rfm_TypeDouble:
-          taken.m_Values = Exact<double>(column[1], field);
-          calls.push_back(rfm_Column::Doubles(handle, static_cast<double const*>(taken.m_Values.data())));
-          break;
-        case rfm_TypeHandle: {
-          taken.m_Values = Exact<std::int32_t>(column[1], field);
-          auto const* values = static_cast<std::int32_t const*>(taken.m_Values.data());
-          for (py::ssize_t i = 0; i < taken.m_Values.size(); ++i) taken.m_Handles.emplace_back(values[i]);
-          calls.push_back(rfm_Column::Handles(handle, static_cast<rfm_Handle const*>(taken.m_Handles.data())));
-          break;
-        }
-        default:
-          taken.m_Strings = zqapy_TakeStrings(py::cast<py::sequence>(column[1]));
-          calls.push_back(rfm_Column::Strings(handle, static_cast<cow_String const*>(taken.m_Strings.data())));
-          numbersOnly = false;
-          break;
+  kept.reserve(columns.size());
+  for (py::handle item : columns) {
+    auto const column = py::cast<py::tuple>(item);
+    std::string const name = py::cast<std::string>(column[0]);
+    rfm_FieldMetadata const& field = Field(name);
+    rfm_FieldHandle const handle(field.Name(), field.Index());
+    AppendColumn& taken = kept.emplace_back();
+    switch (field.Type()) {
+      case rfm_TypeInt:
+        taken.m_Values = Exact<std::int32_t>(column[1], field);
+        calls.push_back(rfm_Column::Ints(handle, static_cast<int const*>(taken.m_Values.data())));
+        break;
+      case rfm_TypeFloat:
+        taken.m_Values = Exact<float>(column[1], field);
+        calls.push_back(rfm_Column::Floats(handle, static_cast<float const*>(taken.m_Values.data())));
+        break;
+      case rfm_TypeDouble:
+        taken.m_Values = Exact<double>(column[1], field);
+        calls.push_back(rfm_Column::Doubles(handle, static_cast<double const*>(taken.m_Values.data())));
+        break;
+      case rfm_TypeHandle: {
+        taken.m_Values = Exact<std::int32_t>(column[1], field);
+        auto const* values = static_cast<std::int32_t const*>(taken.m_Values.data());
+        for (py::ssize_t i = 0; i < taken.m_Values.size(); ++i) taken.m_Handles.emplace_back(values[i]);
+        calls.push_back(rfm_Column::Handles(handle, static_cast<rfm_Handle const*>(taken.m_Handles.data())));
+        break;
       }
-      py::ssize_t const count =
-          field.Type() == rfm_TypeString ? static_cast<py::ssize_t>(taken.m_Strings.size()) : taken.m_Values.size();
-      if (!column[2].is_none()) {
-        taken.m_Presence = Exact<std::uint8_t>(column[2], field);
-        if (taken.m_Presence.size() != count)
-          throw py::value_error("field " + zqapy_Quoted(field.Name()) + ": " + std::to_string(taken.m_Presence.size()) +
-                                " presence flags for " + std::to_string(count) + " values");
-        calls.back().Presence(static_cast<unsigned char const*>(taken.m_Presence.data()));
-      }
-      if (rows && *rows != count)
-        throw py::value_error("field " + zqapy_Quoted(field.Name()) + " has " + std::to_string(count) +
-                              " values, the fields before it " + std::to_string(*rows));
-      rows = count;
+      default:
+        taken.m_Strings = zqapy_TakeStrings(py::cast<py::sequence>(column[1]));
+        calls.push_back(rfm_Column::Strings(handle, static_cast<cow_String const*>(taken.m_Strings.data())));
+        numbersOnly = false;
+        break;
     }
+    py::ssize_t const count =
+        field.Type() == rfm_TypeString ? static_cast<py::ssize_t>(taken.m_Strings.size()) : taken.m_Values.size();
+    if (!column[2].is_none()) {
+      taken.m_Presence = Exact<std::uint8_t>(column[2], field);
+      if (taken.m_Presence.size() != count)
+        throw py::value_error("field " + zqapy_Quoted(field.Name()) + ": " + std::to_string(taken.m_Presence.size()) +
+                              " presence flags for " + std::to_string(count) + " values");
+      calls.back().Presence(static_cast<unsigned char const*>(taken.m_Presence.data()));
+    }
+    if (rows && *rows != count)
+      throw py::value_error("field " + zqapy_Quoted(field.Name()) + " has " + std::to_string(count) +
+                            " values, the fields before it " + std::to_string(*rows));
+    rows = count;
   }
   if (!rows || *rows == 0) return;
   if (*rows > std::numeric_limits<int>::max()) throw py::value_error("too many rows for one append");

@@ -13,7 +13,7 @@
 
 // A table of an open file as Python uses it: its fields, and rows moved in
 // columns (NumPy arrays) through the library's bulk path, never row by row.
-class zqapy_Table : public zqapy_Object, public std::enable_shared_from_this<zqapy_Table> {
+class zqapy_Table : public zqapy_Object {
 public:
   // The table at handle, or a new one of that layout (pairs of field name
   // and type name) and class version.
@@ -48,7 +48,6 @@ public:
 
 private:
   zqapy_Table(std::shared_ptr<zqapy_Session> const& session, rfm_Table const& table);
-  static std::shared_ptr<zqapy_Table> Track(std::shared_ptr<zqapy_Table> const& table);
   rfm_Table const& Table() const;
   rfm_FieldMetadata const& Field(std::string const& name) const;
 
